@@ -1,0 +1,1 @@
+// Keeps the example library non-empty while the example classes are header-only.
