@@ -151,8 +151,6 @@ size_t MeasureAndRewrite(const char* format, va_list args, std::string& safeForm
             } else if (*p == '*') {
                 int w = va_arg(args, int);
                 width = w < 0 ? -static_cast<long>(w) : w;
-                spec += std::to_string(w);
-                continue;
             } else if (*p != '-' && *p != '+' && *p != '0' && *p != ' ') {
                 break;
             }
@@ -169,8 +167,7 @@ size_t MeasureAndRewrite(const char* format, va_list args, std::string& safeForm
             if (*p == '*') {
                 int prec = va_arg(args, int);
                 precision = prec < 0 ? 0 : prec;
-                spec += std::to_string(prec);
-                ++p;
+                spec += *p++;
             } else {
                 char* end = nullptr;
                 precision = std::strtol(p, &end, 10);

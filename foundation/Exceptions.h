@@ -121,11 +121,9 @@ public:
 std::string FormatV(const char* format, va_list args);
 
 // printf-style formatting into a std::string; see FormatV.
-std::string FormatString(const char* format, ...)
-#if defined(__GNUC__)
-    __attribute__((format(printf, 1, 2)))
-#endif
-    ;
+// Note: not checked as a printf format by the compiler, because "%n" here takes
+// a number rather than a pointer.
+std::string FormatString(const char* format, ...);
 
 } // namespace QzXmlLib16
 

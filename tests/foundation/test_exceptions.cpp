@@ -1,0 +1,158 @@
+// Exception family: message composition, chains, copying, cloning and the formatter.
+#include "foundation/Exceptions.h"
+
+#include <gtest/gtest.h>
+
+#include <cfloat>
+#include <cstdio>
+#include <memory>
+#include <string>
+
+using namespace QzXmlLib16;
+
+namespace {
+
+TEST(ExceptionMessage, PathIsAppendedOnlyWhenNotEmpty) {
+    CQzException plain("x", "");
+    EXPECT_EQ("x", plain.GetMessage());
+    EXPECT_EQ("", plain.GetPath());
+    EXPECT_EQ(nullptr, plain.GetInnerException());
+
+    CQzException withPath("Bad value", "/a/b[2]");
+    EXPECT_EQ("Bad value\nPath: /a/b[2]", withPath.GetMessage());
+    EXPECT_EQ("/a/b[2]", withPath.GetPath());
+}
+
+TEST(ExceptionMessage, FullMessagePrintsTheChainOutermostFirst) {
+    CQzException inner("b");
+    CQzException outer("a", "/p", inner);
+    EXPECT_EQ("a\nPath: /p\nb", outer.GetFullMessage());
+    EXPECT_EQ("a\nPath: /p", outer.GetMessage());
+
+    CQzInvalidValueException level3("c");
+    CQzValidationException level2("b", "/x", level3);
+    CQzException level1("a", level2);
+    EXPECT_EQ("a\nb\nPath: /x\nc", level1.GetFullMessage());
+}
+
+TEST(ExceptionMessage, InvalidValueHasNoPathForms) {
+    CQzInvalidValueException e("v");
+    EXPECT_EQ("v", e.GetMessage());
+    EXPECT_EQ("", e.GetPath());
+    CQzInvalidValueException withInner("w", CQzException("i"));
+    EXPECT_EQ("w\ni", withInner.GetFullMessage());
+}
+
+TEST(ExceptionCopy, CloneKeepsDynamicClassAndIndependentInner) {
+    std::unique_ptr<CQzException> clone;
+    {
+        CQzInvalidValueException source("outer", CQzInvalidStateException("cause"));
+        try {
+            throw source;
+        } catch (CQzException& caught) {
+            clone.reset(caught.Clone());
+        }
+        ASSERT_NE(nullptr, clone->GetInnerException());
+        EXPECT_NE(source.GetInnerException(), clone->GetInnerException());
+    }
+    EXPECT_NE(nullptr, dynamic_cast<CQzInvalidValueException*>(clone.get()));
+    EXPECT_NE(nullptr, dynamic_cast<CQzInvalidStateException*>(clone->GetInnerException()));
+    EXPECT_EQ("outer\ncause", clone->GetFullMessage());
+}
+
+TEST(ExceptionCopy, EveryClassClonesToItself) {
+    CQzException inner("i");
+    std::unique_ptr<CQzException> list[] = {
+        std::unique_ptr<CQzException>(CQzValidationException("m", "p", inner).Clone()),
+        std::unique_ptr<CQzException>(CQzInvalidNamespaceException("m", "p", inner).Clone()),
+        std::unique_ptr<CQzException>(CQzInvalidValueException("m", inner).Clone()),
+        std::unique_ptr<CQzException>(CQzInvalidStateException("m", inner).Clone()),
+        std::unique_ptr<CQzException>(CQzInvalidParamException("m", inner).Clone()),
+        std::unique_ptr<CQzException>(CQzOverFlowException("m", inner).Clone()),
+    };
+    EXPECT_NE(nullptr, dynamic_cast<CQzValidationException*>(list[0].get()));
+    EXPECT_NE(nullptr, dynamic_cast<CQzInvalidNamespaceException*>(list[1].get()));
+    EXPECT_NE(nullptr, dynamic_cast<CQzInvalidValueException*>(list[2].get()));
+    EXPECT_NE(nullptr, dynamic_cast<CQzInvalidStateException*>(list[3].get()));
+    EXPECT_NE(nullptr, dynamic_cast<CQzInvalidParamException*>(list[4].get()));
+    EXPECT_NE(nullptr, dynamic_cast<CQzOverFlowException*>(list[5].get()));
+    for (auto& e : list)
+        EXPECT_EQ("i", e->GetInnerException()->GetMessage());
+    EXPECT_EQ("m\nPath: p", list[1]->GetMessage());
+}
+
+TEST(ExceptionCopy, ConvertingConstructorsKeepMessagePathAndInner) {
+    CQzException source("m", "/r", CQzOverFlowException("o"));
+    CQzInvalidParamException converted(source);
+    EXPECT_EQ(source.GetMessage(), converted.GetMessage());
+    EXPECT_EQ("/r", converted.GetPath());
+    ASSERT_NE(nullptr, converted.GetInnerException());
+    EXPECT_NE(nullptr, dynamic_cast<CQzOverFlowException*>(converted.GetInnerException()));
+}
+
+TEST(ExceptionCopy, AssignmentKeepsTargetPathAndLeavesOldInnerAlone) {
+    CQzException target("old", "/old", CQzException("old inner"));
+    CQzException* oldInner = target.GetInnerException();
+    CQzException source("new", "/new", CQzException("new inner"));
+    target = source;
+    EXPECT_EQ("new\nPath: /new", target.GetMessage());
+    EXPECT_EQ("/old", target.GetPath());
+    ASSERT_NE(nullptr, target.GetInnerException());
+    EXPECT_NE(source.GetInnerException(), target.GetInnerException());
+    EXPECT_EQ("new inner", target.GetInnerException()->GetMessage());
+    // The previous inner exception was not destroyed by the assignment.
+    EXPECT_EQ("old inner", oldInner->GetMessage());
+    delete oldInner;
+
+    CQzException empty;
+    target = empty;
+    EXPECT_EQ(nullptr, target.GetInnerException());
+}
+
+TEST(FormatString, PlainConversions) {
+    EXPECT_EQ("5%", FormatString("%d%%", 5));
+    EXPECT_EQ("a-b", FormatString("%s-%s", "a", "b"));
+    EXPECT_EQ("[  42]", FormatString("[%4d]", 42));
+    EXPECT_EQ("ff FF 0x1f", FormatString("%x %X %#x", 255, 255, 31));
+    EXPECT_EQ("-9223372036854775808", FormatString("%lld", static_cast<long long>(-9223372036854775807LL - 1)));
+    EXPECT_EQ("18446744073709551615", FormatString("%llu", 18446744073709551615ULL));
+    EXPECT_EQ("1.5 2.5e+00 0.1", FormatString("%.1f %.1e %g", 1.5, 2.5, 0.1));
+    EXPECT_EQ("abc", FormatString("%.3s", "abcdef"));
+    EXPECT_EQ("c", FormatString("%c", 'c'));
+    EXPECT_EQ("", FormatString(""));
+}
+
+TEST(FormatString, NullStringPrintsAsThePlatformDoes) {
+    // glibc prints "(null)", six characters, the length the formatter reserves.
+    const char* volatile nullText = nullptr;
+    EXPECT_EQ("(null)", FormatString("%s", nullText));
+}
+
+TEST(FormatString, WidthsAndStarsAreNeverCut) {
+    EXPECT_EQ(std::string(100, ' ') + "x", FormatString("%101s", "x"));
+    EXPECT_EQ(std::string(97, ' ') + "123", FormatString("%*d", 100, 123));
+    EXPECT_EQ("3.14159", FormatString("%.*f", 5, 3.14159265));
+    const std::string longText(5000, 'q');
+    EXPECT_EQ(longText + "|" + longText, FormatString("%s|%s", longText.c_str(), longText.c_str()));
+}
+
+TEST(FormatString, HugeFixedPointValueIsMeasuredExactly) {
+    char expected[400];
+    std::snprintf(expected, sizeof expected, "%f", 1e308);
+    EXPECT_EQ(expected, FormatString("%f", 1e308));
+    std::snprintf(expected, sizeof expected, "%.2f", -DBL_MAX);
+    EXPECT_EQ(expected, FormatString("%.2f", -DBL_MAX));
+}
+
+TEST(FormatString, PercentNPrintsTheNumberAndStoresNothing) {
+    int errorNumber = 13;
+    EXPECT_EQ("Failed to read [a.xml] Error [13]", FormatString("Failed to read [%s] Error [%n]", "a.xml", errorNumber));
+    EXPECT_EQ(13, errorNumber);
+    EXPECT_EQ("x-2y", FormatString("x%ny", -2));
+}
+
+TEST(FormatString, SixtyFourBitModifierIsUnderstood) {
+    EXPECT_EQ("12345678901", FormatString("%I64d", 12345678901LL));
+}
+
+} // namespace
