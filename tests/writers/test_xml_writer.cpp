@@ -1,0 +1,211 @@
+// Tests of the writer base: prefix allocation, copy-on-write namespace scopes, Close.
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "foundation/Exceptions.h"
+#include "writers/XmlWriter.h"
+
+using namespace QzXmlLib16;
+
+namespace {
+
+// A writer that only keeps the element chain, so the base's scoping can be seen alone.
+class CScopeWriter : public CXmlWriter {
+public:
+    CScopeWriter() : CXmlWriter("CScopeWriter") {}
+    void WriteComment(const std::string&) override {}
+    void WritePI(const std::string&) override {}
+    void WriteInlineSchema(const std::string&) override {}
+    void WriteStartElement(const std::string& localName, const std::string& uri) override {
+        PushContext(NewContext(localName, uri));
+    }
+    void WriteString(const std::string&, ItemType, bool) override {}
+    void WriteEndElement() override { PopContext(); }
+    void WriteAttributeString(const std::string&, const std::string&, const std::string&, ItemType) override {
+    }
+    void WriteAttributeType(const std::string&, const std::string&, ItemType) override {}
+    void WriteAttributeNil() override {}
+};
+
+using Map = std::map<std::string, std::string>;
+
+} // namespace
+
+// Prefix names: two capitals, running past 'Z' unchecked at 676.
+TEST(CXmlWriterTest, NsIntToStringFormsTwoLetters) {
+    EXPECT_EQ("AA", CXmlWriter::NsIntToString(0));
+    EXPECT_EQ("AB", CXmlWriter::NsIntToString(1));
+    EXPECT_EQ("AZ", CXmlWriter::NsIntToString(25));
+    EXPECT_EQ("BA", CXmlWriter::NsIntToString(26));
+    EXPECT_EQ("ZZ", CXmlWriter::NsIntToString(675));
+    EXPECT_EQ("[A", CXmlWriter::NsIntToString(676));
+}
+
+// The first free generated name wins; user prefixes other than such forms never collide.
+TEST(CXmlWriterTest, GetUniquePrefixSkipsTakenNames) {
+    EXPECT_EQ("AA", CXmlWriter::GetUniquePrefix(Map()));
+    EXPECT_EQ("AA", CXmlWriter::GetUniquePrefix(Map{{"u1", "p"}, {"u2", "xml"}, {"u3", "A"}}));
+    EXPECT_EQ("AB", CXmlWriter::GetUniquePrefix(Map{{"u1", "AA"}}));
+    EXPECT_EQ("AC", CXmlWriter::GetUniquePrefix(Map{{"u1", "AB"}, {"u2", "AA"}}));
+    // A gap is reused: "AA" is free although "AB" is taken.
+    EXPECT_EQ("AA", CXmlWriter::GetUniquePrefix(Map{{"u1", "AB"}}));
+    // Keys are URIs, not prefixes: a key "AA" takes nothing.
+    EXPECT_EQ("AA", CXmlWriter::GetUniquePrefix(Map{{"AA", "p"}}));
+}
+
+// 700 taken names make the allocator run past "ZZ" into '['.
+TEST(CXmlWriterTest, GetUniquePrefixRunsPastZZ) {
+    Map map;
+    for (int n = 0; n < 676; ++n)
+        map["urn:" + std::to_string(n)] = CXmlWriter::NsIntToString(n);
+    EXPECT_EQ("[A", CXmlWriter::GetUniquePrefix(map));
+}
+
+TEST(CXmlWriterTest, XmlNamespaceIsPremapped) {
+    CScopeWriter writer;
+    EXPECT_STREQ("http://www.w3.org/XML/1998/namespace", CXmlWriter::XML_NAMESPACE);
+    ASSERT_EQ(1u, writer.GetWriterNamespaces().size());
+    EXPECT_EQ("xml", writer.GetWriterNamespaces().at(CXmlWriter::XML_NAMESPACE));
+}
+
+TEST(CXmlWriterTest, CloseRefusesOpenElement) {
+    CScopeWriter writer;
+    writer.Open();
+    writer.WriteStartElement("a", "");
+    try {
+        writer.Close();
+        FAIL() << "Close with an open element must throw";
+    } catch (const CQzException& e) {
+        EXPECT_EQ("An Element has not been closed.", e.GetMessage());
+    }
+    writer.WriteEndElement();
+    EXPECT_NO_THROW(writer.Close());
+}
+
+// Before the document element the writer's own state changes; inside it the context's.
+TEST(CXmlWriterTest, NamespaceCallsGoToWriterOrContext) {
+    CScopeWriter writer;
+    writer.SetDefaultNamespace("urn:d");
+    writer.AddNamespace("p", "urn:p");
+    EXPECT_EQ("urn:d", writer.GetWriterDefaultNamespace());
+    EXPECT_EQ("p", writer.GetWriterNamespaces().at("urn:p"));
+
+    writer.WriteStartElement("root", "urn:d");
+    writer.AddNamespace("q", "urn:q");
+    writer.SetDefaultNamespace("urn:other");
+    EXPECT_EQ(0u, writer.GetWriterNamespaces().count("urn:q"));
+    EXPECT_EQ("urn:d", writer.GetWriterDefaultNamespace());
+    EXPECT_EQ("q", writer.GetContext()->GetNamespaceMap()->at("urn:q"));
+    EXPECT_EQ("urn:other", writer.GetContext()->GetDefaultNamespace());
+    writer.WriteEndElement();
+}
+
+// The document element copies the writer's state once; children share it until they write.
+TEST(CXmlWriterTest, ChildContextsShareUntilFirstWrite) {
+    CScopeWriter writer;
+    writer.SetDefaultNamespace("urn:d");
+    writer.AddNamespace("p", "urn:p");
+    writer.WriteStartElement("root", "");
+    CXmlWriter::CXmlWriterContext* root = writer.GetContext();
+    EXPECT_EQ(0, root->GetDepth());
+    EXPECT_FALSE(root->GetInherits());
+    EXPECT_TRUE(root->GetOwnsMap());
+    EXPECT_NE(&writer.GetWriterNamespaces(), root->GetNamespaceMap());
+
+    writer.WriteStartElement("child", "");
+    CXmlWriter::CXmlWriterContext* child = writer.GetContext();
+    EXPECT_EQ(1, child->GetDepth());
+    EXPECT_EQ(root, child->GetParent());
+    EXPECT_TRUE(child->GetInherits());
+    EXPECT_FALSE(child->GetOwnsMap());
+    EXPECT_EQ(root->GetNamespaceMap(), child->GetNamespaceMap());
+    EXPECT_EQ("urn:d", child->GetDefaultNamespace());
+    EXPECT_EQ(0, child->GetChildCount());
+    EXPECT_TRUE(child->IsStartTagOpen());
+    EXPECT_FALSE(child->GetHasAttributes());
+    EXPECT_EQ(CXmlWriter::ContextStateNone, child->GetState());
+
+    // First write: own copy of map and default namespace; the parent is untouched.
+    child->SetNamespaceMapValue("urn:c", "c");
+    EXPECT_FALSE(child->GetInherits());
+    EXPECT_TRUE(child->GetOwnsMap());
+    EXPECT_NE(root->GetNamespaceMap(), child->GetNamespaceMap());
+    EXPECT_EQ("c", child->GetNamespaceMap()->at("urn:c"));
+    EXPECT_EQ("p", child->GetNamespaceMap()->at("urn:p"));
+    EXPECT_EQ("urn:d", child->GetDefaultNamespace());
+    EXPECT_EQ(0u, root->GetNamespaceMap()->count("urn:c"));
+
+    // A grandchild inherits from the nearest context with own state.
+    writer.WriteStartElement("grandchild", "");
+    EXPECT_EQ(child->GetNamespaceMap(), writer.GetContext()->GetNamespaceMap());
+    writer.WriteEndElement();
+    writer.WriteEndElement();
+    writer.WriteEndElement();
+}
+
+// SetDefaultNamespace on a child copies the map but not the parent's default namespace.
+TEST(CXmlWriterTest, ContextSetDefaultNamespaceScopesToElement) {
+    CScopeWriter writer;
+    writer.SetDefaultNamespace("urn:d");
+    writer.WriteStartElement("root", "");
+    writer.WriteStartElement("child", "");
+    writer.GetContext()->SetDefaultNamespace("urn:inner");
+    EXPECT_FALSE(writer.GetContext()->GetInherits());
+    EXPECT_EQ("urn:inner", writer.GetContext()->GetDefaultNamespace());
+    writer.WriteStartElement("grandchild", "");
+    EXPECT_EQ("urn:inner", writer.GetContext()->GetDefaultNamespace());
+    writer.WriteEndElement();
+    writer.WriteEndElement();
+    EXPECT_EQ("urn:d", writer.GetContext()->GetDefaultNamespace());
+    writer.WriteEndElement();
+}
+
+// Index access inserts an empty prefix into the map the context shares.
+TEST(CXmlWriterTest, GetNamespaceMapValueInsertsIntoOwnerMap) {
+    CScopeWriter writer;
+    writer.WriteStartElement("root", "");
+    writer.WriteStartElement("child", "");
+    CXmlWriter::CXmlWriterContext* child = writer.GetContext();
+    EXPECT_EQ("", child->GetNamespaceMapValue("urn:unknown"));
+    EXPECT_TRUE(child->GetInherits());
+    CXmlWriter::CXmlWriterContext* root = child->GetParent();
+    ASSERT_EQ(1u, root->GetNamespaceMap()->count("urn:unknown"));
+    EXPECT_EQ("", root->GetNamespaceMap()->at("urn:unknown"));
+    EXPECT_EQ("xml", child->GetNamespaceMapValue(std::string(CXmlWriter::XML_NAMESPACE)));
+    writer.WriteEndElement();
+    writer.WriteEndElement();
+}
+
+// A mapping made on a child dies with it: its sibling does not see it.
+TEST(CXmlWriterTest, ChildMappingDiesWithChild) {
+    CScopeWriter writer;
+    writer.WriteStartElement("root", "");
+    writer.WriteStartElement("first", "");
+    writer.AddNamespace("c", "urn:c");
+    writer.WriteEndElement();
+    writer.WriteStartElement("second", "");
+    EXPECT_EQ(0u, writer.GetContext()->GetNamespaceMap()->count("urn:c"));
+    writer.WriteEndElement();
+    writer.WriteEndElement();
+}
+
+TEST(CXmlWriterTest, SetContextStateNeedsOpenElement) {
+    CScopeWriter writer;
+    EXPECT_NO_THROW(writer.SetContextState(CXmlWriter::ContextStateCollection));
+    writer.WriteStartElement("root", "");
+    EXPECT_EQ(CXmlWriter::ContextStateNone, writer.GetContext()->GetState());
+    writer.SetContextState(CXmlWriter::ContextStateCollectionEnd);
+    EXPECT_EQ(CXmlWriter::ContextStateCollectionEnd, writer.GetContext()->GetState());
+    writer.WriteEndElement();
+}
+
+// A writer destroyed with a very deep chain open frees it without recursion.
+TEST(CXmlWriterTest, DeepOpenChainIsDestroyedWithWriter) {
+    CScopeWriter* writer = new CScopeWriter();
+    writer->WriteStartElement("root", "");
+    for (int i = 0; i < 1000000; ++i)
+        writer->WriteStartElement("e", "");
+    EXPECT_EQ(1000000, writer->GetContext()->GetDepth());
+    delete writer;
+}

@@ -1,0 +1,171 @@
+// XmlWriter.cpp - namespace scoping and prefix allocation shared by every writer.
+#include "writers/XmlWriter.h"
+
+#include "foundation/Exceptions.h"
+
+namespace QzXmlLib16 {
+
+namespace {
+
+// Messages
+const char* const kMsgElementNotClosed = "An Element has not been closed.";
+
+// Prefix allocation
+const int kLettersInAlphabet = 26;
+
+} // namespace
+
+const char* CXmlWriter::XML_NAMESPACE = "http://www.w3.org/XML/1998/namespace";
+
+// ---------------------------------------------------------------------------
+// CXmlWriterContext
+
+CXmlWriter::CXmlWriterContext::CXmlWriterContext(const std::string& localName, const std::string& uri,
+                                                 CXmlWriterContext* parent)
+    : CInstanceMonitor("CXmlWriterContext"), m_childCount(0), m_startTagOpen(true),
+      m_depth(parent->m_depth + 1), m_namespaceURI(uri), m_localName(localName), m_pParent(parent),
+      m_hasAttributes(false), m_state(ContextStateNone), m_pNamespaceMap(parent->GetNamespaceMap()),
+      m_inherits(true), m_ownsMap(false), m_pStateOwner(parent->m_pStateOwner) {}
+
+CXmlWriter::CXmlWriterContext::CXmlWriterContext(const std::string& localName, const std::string& uri,
+                                                 const std::string& defaultNamespace,
+                                                 std::map<std::string, std::string>* namespaces,
+                                                 CXmlWriterContext* parent)
+    : CInstanceMonitor("CXmlWriterContext"), m_childCount(0), m_startTagOpen(true), m_depth(0),
+      m_namespaceURI(uri), m_localName(localName), m_pParent(parent), m_hasAttributes(false),
+      m_state(ContextStateNone), m_defaultNamespace(defaultNamespace),
+      m_pNamespaceMap(new std::map<std::string, std::string>(*namespaces)), m_inherits(false),
+      m_ownsMap(true), m_pStateOwner(this) {}
+
+CXmlWriter::CXmlWriterContext::~CXmlWriterContext() {
+    if (m_ownsMap)
+        delete m_pNamespaceMap;
+    // The chain above is destroyed in a loop, not by recursion, so that a very deep
+    // document cannot exhaust the stack when a writer dies with elements open.
+    CXmlWriterContext* parent = DetachParent();
+    while (parent != nullptr) {
+        CXmlWriterContext* next = parent->DetachParent();
+        delete parent;
+        parent = next;
+    }
+}
+
+const std::string& CXmlWriter::CXmlWriterContext::GetDefaultNamespace() const {
+    return m_pStateOwner->m_defaultNamespace;
+}
+
+void CXmlWriter::CXmlWriterContext::SetDefaultNamespace(const std::string& uri) {
+    // The parent's default namespace is not copied: it is overwritten at once.
+    MakeIndependent(false);
+    m_defaultNamespace = uri;
+}
+
+std::map<std::string, std::string>* CXmlWriter::CXmlWriterContext::GetNamespaceMap() const {
+    return m_pStateOwner->m_pNamespaceMap;
+}
+
+std::string& CXmlWriter::CXmlWriterContext::GetNamespaceMapValue(const char* uri) {
+    return (*GetNamespaceMap())[uri];
+}
+
+std::string& CXmlWriter::CXmlWriterContext::GetNamespaceMapValue(const std::string& uri) {
+    return (*GetNamespaceMap())[uri];
+}
+
+void CXmlWriter::CXmlWriterContext::SetNamespaceMapValue(const std::string& uri, const std::string& prefix) {
+    MakeIndependent(true);
+    (*m_pNamespaceMap)[uri] = prefix;
+}
+
+CXmlWriter::CXmlWriterContext* CXmlWriter::CXmlWriterContext::DetachParent() {
+    CXmlWriterContext* parent = m_pParent;
+    m_pParent = nullptr;
+    return parent;
+}
+
+void CXmlWriter::CXmlWriterContext::MakeIndependent(bool copyDefaultNamespace) {
+    if (!m_inherits)
+        return;
+    const CXmlWriterContext* owner = m_pStateOwner;
+    m_pNamespaceMap = new std::map<std::string, std::string>(*owner->m_pNamespaceMap);
+    m_ownsMap = true;
+    m_inherits = false;
+    if (copyDefaultNamespace)
+        m_defaultNamespace = owner->m_defaultNamespace;
+    m_pStateOwner = this;
+}
+
+// ---------------------------------------------------------------------------
+// CXmlWriter
+
+CXmlWriter::CXmlWriter(const char* monitorName) : CInstanceMonitor(monitorName), m_pContext(nullptr) {
+    m_namespaces[XML_NAMESPACE] = "xml";
+}
+
+CXmlWriter::~CXmlWriter() {
+    delete m_pContext;
+}
+
+void CXmlWriter::Open() {}
+
+void CXmlWriter::Close() {
+    if (m_pContext != nullptr)
+        throw CQzException(kMsgElementNotClosed);
+}
+
+void CXmlWriter::SetDefaultNamespace(const std::string& uri) {
+    if (m_pContext != nullptr)
+        m_pContext->SetDefaultNamespace(uri);
+    else
+        m_defaultNamespace = uri;
+}
+
+void CXmlWriter::AddNamespace(const std::string& prefix, const std::string& uri) {
+    if (m_pContext != nullptr)
+        m_pContext->SetNamespaceMapValue(uri, prefix);
+    else
+        m_namespaces[uri] = prefix;
+}
+
+std::string CXmlWriter::GetUniquePrefix(const std::map<std::string, std::string>& namespaces) {
+    for (int n = 0;; ++n) {
+        std::string candidate = NsIntToString(n);
+        bool taken = false;
+        for (const auto& entry : namespaces) {
+            if (entry.second == candidate) {
+                taken = true;
+                break;
+            }
+        }
+        if (!taken)
+            return candidate;
+    }
+}
+
+std::string CXmlWriter::NsIntToString(int n) {
+    std::string result(2, 'A');
+    result[0] = static_cast<char>('A' + n / kLettersInAlphabet);
+    result[1] = static_cast<char>('A' + n % kLettersInAlphabet);
+    return result;
+}
+
+void CXmlWriter::SetContextState(ContextState state) {
+    if (m_pContext != nullptr)
+        m_pContext->SetState(state);
+}
+
+void CXmlWriter::PopContext() {
+    CXmlWriterContext* context = m_pContext;
+    if (context == nullptr)
+        return;
+    m_pContext = context->DetachParent();
+    delete context;
+}
+
+CXmlWriter::CXmlWriterContext* CXmlWriter::NewContext(const std::string& localName, const std::string& uri) {
+    if (m_pContext == nullptr)
+        return new CXmlWriterContext(localName, uri, m_defaultNamespace, &m_namespaces, nullptr);
+    return new CXmlWriterContext(localName, uri, m_pContext);
+}
+
+} // namespace QzXmlLib16
