@@ -1,0 +1,152 @@
+// XmlElement.cpp - element nodes: building, look-ups, names and paths. Nothing here recurses
+// on the depth of the tree.
+#include "tree/XmlElement.h"
+
+#include <algorithm>
+#include <cstring>
+
+#include "tree/XmlDocument.h"
+
+namespace QzXmlLib16 {
+
+CXmlElement::CXmlElement(const CXmlDocument* document, const CXmlElement* parent)
+    : CInstanceMonitor("CXmlElement"), m_pDocument(document), m_pParent(parent), m_pNextSibling(nullptr),
+      m_pFirstChild(nullptr), m_pLastChild(nullptr) {}
+
+// The subtree is taken apart in a loop: `pending` is a chain, linked through the sibling field,
+// of elements still to be destroyed. Each element's children are spliced in front of the chain
+// before the element itself goes, so every delete below meets an element without children.
+CXmlElement::~CXmlElement() {
+    CXmlElement* pending = m_pFirstChild;
+    m_pFirstChild = m_pLastChild = nullptr;
+    while (pending) {
+        CXmlElement* element = pending;
+        pending = element->m_pNextSibling;
+        if (element->m_pFirstChild) {
+            element->m_pLastChild->m_pNextSibling = pending;
+            pending = element->m_pFirstChild;
+            element->m_pFirstChild = element->m_pLastChild = nullptr;
+        }
+        element->m_pNextSibling = nullptr;
+        delete element;
+    }
+    for (CXmlAttribute* attribute : m_attributes)
+        delete attribute;
+}
+
+CXmlElement* CXmlElement::CreateNewChildElement() {
+    CXmlElement* child = new CXmlElement(m_pDocument, this);
+    if (m_pLastChild)
+        m_pLastChild->m_pNextSibling = child;
+    else
+        m_pFirstChild = child;
+    m_pLastChild = child;
+    return child;
+}
+
+void CXmlElement::AddAttribute(const std::string& localName, const std::string& value, const std::string& uri) {
+    m_attributes.reserve(m_attributes.size() + 1);
+    m_attributes.push_back(new CXmlAttribute(this, localName, value, uri));
+}
+
+void CXmlElement::AppendText(const char* text) {
+    if (text)
+        AppendText(text, static_cast<int>(std::strlen(text)));
+}
+
+// expat delivers long text in many small pieces; growing by doubling keeps that linear.
+void CXmlElement::AppendText(const char* text, int length) {
+    if (length <= 0)
+        return;
+    size_t needed = m_text.size() + static_cast<size_t>(length);
+    if (!m_text.empty() && needed > m_text.capacity())
+        m_text.reserve(std::max(m_text.capacity() * 2, needed));
+    m_text.append(text, static_cast<size_t>(length));
+}
+
+void CXmlElement::SetElementName(const std::string& localName) { m_localName = localName; }
+
+void CXmlElement::SetNamespace(const std::string& uri) { m_namespaceURI = uri; }
+
+const std::string& CXmlElement::GetAttribute(const std::string& localName, const std::string& uri) const {
+    static const std::string kEmpty;
+    for (const CXmlAttribute* attribute : m_attributes) {
+        if (attribute->GetLocalName() == localName && attribute->GetNamespaceURI() == uri)
+            return attribute->GetValue();
+    }
+    return kEmpty;
+}
+
+CXmlElement* CXmlElement::RemoveLastChildElement() {
+    CXmlElement* last = m_pLastChild;
+    if (!last)
+        return nullptr;
+    if (m_pFirstChild == last) {
+        m_pFirstChild = m_pLastChild = nullptr;
+    } else {
+        CXmlElement* before = m_pFirstChild;
+        while (before->m_pNextSibling != last)
+            before = before->m_pNextSibling;
+        before->m_pNextSibling = nullptr;
+        m_pLastChild = before;
+    }
+    last->m_pNextSibling = nullptr;
+    return last;
+}
+
+std::string CXmlElement::GetQName() const {
+    std::string name;
+    if (m_pDocument && !m_namespaceURI.empty()) {
+        std::string alias = m_pDocument->LookupAliasFromNamespace(m_namespaceURI.c_str());
+        if (!alias.empty()) {
+            name = alias;
+            name += ':';
+        }
+    }
+    name += m_localName;
+    return name;
+}
+
+// The position is counted among the siblings with the same qualified name. The walk stops as
+// soon as a second element of the name is known, since only then a predicate is needed.
+std::string CXmlElement::GetNameWithPredicate() const {
+    std::string name = GetQName();
+    if (!m_pParent)
+        return name;
+    int count = 1;
+    bool firstOfName = true;
+    bool selfSeen = false;
+    for (const CXmlElement* child = m_pParent->m_pFirstChild; child; child = child->m_pNextSibling) {
+        if (child == this) {
+            if (!firstOfName)
+                return name + "[" + std::to_string(count) + "]";
+            selfSeen = true;
+            continue;
+        }
+        // A qualified name ends in its local name: a cheap test before the alias look-up.
+        const std::string& local = child->m_localName;
+        if (local.size() > name.size() || name.compare(name.size() - local.size(), local.size(), local) != 0 ||
+            child->GetQName() != name)
+            continue;
+        if (selfSeen)
+            return name + "[" + std::to_string(count) + "]";
+        firstOfName = false;
+        ++count;
+    }
+    return name;
+}
+
+// Ancestors are collected first, so the path is built in a loop at any depth.
+std::string CXmlElement::GetXPath() const {
+    std::vector<const CXmlElement*> chain;
+    for (const CXmlElement* element = this; element; element = element->m_pParent)
+        chain.push_back(element);
+    std::string path;
+    for (auto it = chain.rbegin(); it != chain.rend(); ++it) {
+        path += '/';
+        path += (*it)->GetNameWithPredicate();
+    }
+    return path;
+}
+
+} // namespace QzXmlLib16
