@@ -12,7 +12,9 @@ namespace {
 
 // Scans: does the rule change anything?
 
-bool HasCarriageReturn(const char* p, size_t n) { return n != 0 && std::memchr(p, '\r', n) != nullptr; }
+bool HasCarriageReturn(const char* p, size_t n) {
+    return n != 0 && std::memchr(p, '\r', n) != nullptr;
+}
 
 bool HasReplaceable(const char* p, size_t n) {
     for (size_t i = 0; i < n; ++i) {
@@ -101,7 +103,9 @@ void CollapseInto(const char* p, size_t n, std::string& out) {
         out.pop_back();
 }
 
-[[noreturn]] void ThrowUnknownRule() { throw CQzException("Unknown WhitespaceRule"); }
+[[noreturn]] void ThrowUnknownRule() {
+    throw CQzException("Unknown WhitespaceRule");
+}
 
 } // namespace
 

@@ -13,7 +13,9 @@ using namespace QzXmlLib16;
 
 namespace {
 
-std::string S(const char* text, size_t n) { return std::string(text, n); }
+std::string S(const char* text, size_t n) {
+    return std::string(text, n);
+}
 
 } // namespace
 
