@@ -57,18 +57,23 @@ void TopUp(unsigned char*& pos, unsigned long& left, Bytef*& next, uInt& avail) 
 // The growing new[] array that inflate writes into directly.
 //   m_bytes <= next_out <= m_bytes + m_capacity
 //   <--produced-->|<--free-->|
+// It starts at 64 KB, so that bytes which are not compressed at all cost little. When the
+// first block is full the stream has proved itself, and the array grows straight to the
+// expected size; after that it doubles.
 class InflateOutput {
 public:
-    explicit InflateOutput(unsigned long capacity)
-        : m_bytes(new unsigned char[capacity]), m_capacity(capacity), m_free(capacity) {}
+    InflateOutput(unsigned long capacity, unsigned long expected)
+        : m_bytes(new unsigned char[capacity]), m_capacity(capacity), m_free(capacity), m_expected(expected) {
+    }
 
-    // Gives zlib the next piece of free space, doubling the array when it is full.
+    // Gives zlib the next piece of free space, growing the array when it is full.
     void Provide(z_stream& stream) {
-        unsigned long produced = Produced(stream);
         if (stream.avail_out != 0)
             return;
+        unsigned long produced = Produced(stream);
         if (m_free == 0) {
-            unsigned long capacity = m_capacity * 2;
+            unsigned long capacity = m_capacity * 2 > m_expected ? m_capacity * 2 : m_expected;
+            m_expected = 0;
             std::unique_ptr<unsigned char[]> bytes(new unsigned char[capacity]);
             std::memcpy(bytes.get(), m_bytes.get(), produced);
             m_bytes.swap(bytes);
@@ -88,25 +93,26 @@ public:
 private:
     std::unique_ptr<unsigned char[]> m_bytes;
     unsigned long m_capacity;
-    unsigned long m_free; // bytes not yet handed to zlib
+    unsigned long m_free;     // bytes not yet handed to zlib
+    unsigned long m_expected; // size to grow to the first time; 0 afterwards
 };
 
-// A first output size: the length a gzip member announces in its trailer, bounded by what
-// deflate can possibly produce from this input (so a forged trailer can't force a huge
-// allocation); 64 KB when there is no usable announcement.
-unsigned long InitialInflateSize(const unsigned char* data, unsigned long length) {
+// The expected inflated size: the length a gzip member announces in its trailer (plus a
+// little room to see the end of the stream), else eight times the input, which covers most
+// XML at level 1. Bounded by what deflate can produce from this input at all, so that a
+// forged trailer can't force a huge allocation.
+unsigned long ExpectedInflateSize(const unsigned char* data, unsigned long length) {
     const unsigned long kGzipMinimum = 18; // 10 header + 8 trailer
-    if (length < kGzipMinimum || data[0] != 0x1F || data[1] != 0x8B)
-        return kInflateStart;
-    const unsigned char* trailer = data + length - 4; // ISIZE, little-endian, modulo 2^32
-    unsigned long announced =
-        static_cast<unsigned long>(trailer[0]) | (static_cast<unsigned long>(trailer[1]) << 8) |
-        (static_cast<unsigned long>(trailer[2]) << 16) | (static_cast<unsigned long>(trailer[3]) << 24);
-    announced += 64; // room to see the end of the stream without another block
     unsigned long bound = length * kMaxDeflateRatio;
-    if (announced > bound)
-        announced = bound;
-    return announced > kInflateStart ? announced : kInflateStart;
+    unsigned long expected = length * 8;
+    if (length >= kGzipMinimum && data[0] == 0x1F && data[1] == 0x8B) {
+        const unsigned char* trailer = data + length - 4; // ISIZE, little-endian, modulo 2^32
+        expected = (static_cast<unsigned long>(trailer[0]) | (static_cast<unsigned long>(trailer[1]) << 8) |
+                    (static_cast<unsigned long>(trailer[2]) << 16) |
+                    (static_cast<unsigned long>(trailer[3]) << 24)) +
+                   64;
+    }
+    return expected < bound ? expected : bound;
 }
 
 } // namespace
@@ -174,7 +180,7 @@ void CQzZip::Decompress(unsigned char** data, unsigned long* length) {
         return;
     InflateGuard guard{&stream};
 
-    InflateOutput output(InitialInflateSize(*data, *length));
+    InflateOutput output(kInflateStart, ExpectedInflateSize(*data, *length));
     unsigned char* inPos = *data;
     unsigned long inLeft = *length;
 
