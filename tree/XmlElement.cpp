@@ -107,6 +107,18 @@ std::string CXmlElement::GetQName() const {
     return name;
 }
 
+// True if the element's qualified name is `name`, the qualified name of `this`. Elements of the
+// same namespace share its alias, so only then the local names decide; otherwise a qualified
+// name ends in its local name, a cheap test before the alias look-up.
+bool CXmlElement::SameQName(const CXmlElement* other, const std::string& name) const {
+    if (other->m_namespaceURI == m_namespaceURI)
+        return other->m_localName == m_localName;
+    const std::string& local = other->m_localName;
+    if (local.size() > name.size() || name.compare(name.size() - local.size(), local.size(), local) != 0)
+        return false;
+    return other->GetQName() == name;
+}
+
 // The position is counted among the siblings with the same qualified name. The walk stops as
 // soon as a second element of the name is known, since only then a predicate is needed.
 std::string CXmlElement::GetNameWithPredicate() const {
@@ -123,10 +135,7 @@ std::string CXmlElement::GetNameWithPredicate() const {
             selfSeen = true;
             continue;
         }
-        // A qualified name ends in its local name: a cheap test before the alias look-up.
-        const std::string& local = child->m_localName;
-        if (local.size() > name.size() || name.compare(name.size() - local.size(), local.size(), local) != 0 ||
-            child->GetQName() != name)
+        if (!SameQName(child, name))
             continue;
         if (selfSeen)
             return name + "[" + std::to_string(count) + "]";

@@ -76,6 +76,8 @@ public:
 private:
     friend class CXmlDocument;
 
+    bool SameQName(const CXmlElement* other, const std::string& name) const;
+
     const CXmlDocument* m_pDocument;
     const CXmlElement* m_pParent;
     CXmlElement* m_pNextSibling;

@@ -1,0 +1,571 @@
+// Tests of CXmlDocument loading: every load form, text and CDATA handling, the namespace map,
+// the element callback and every failure message.
+#include <gtest/gtest.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <cstdlib>
+#include <cwchar>
+#include <string>
+#include <unistd.h>
+#include <vector>
+
+#include "foundation/Encoder.h"
+#include "foundation/Exceptions.h"
+#include "tree/XmlDocument.h"
+
+using namespace QzXmlLib16;
+
+namespace {
+
+// A file under the test temp directory, removed at the end of the test.
+class TempFile {
+public:
+    explicit TempFile(const std::string& content, const char* name = "qzxml_tree_doc.xml")
+        : m_path(::testing::TempDir() + name) {
+        FILE* file = std::fopen(m_path.c_str(), "wb");
+        if (file) {
+            std::fwrite(content.data(), 1, content.size(), file);
+            std::fclose(file);
+        }
+    }
+    ~TempFile() { std::remove(m_path.c_str()); }
+    const char* Path() const { return m_path.c_str(); }
+
+private:
+    std::string m_path;
+};
+
+// The message of the CQzException a call throws, or "<no exception>".
+template <class F> std::string MessageOf(F call) {
+    try {
+        call();
+    } catch (const CQzException& e) {
+        return e.GetMessage();
+    }
+    return "<no exception>";
+}
+
+CXmlElement* Child(CXmlElement* parent, int index) {
+    CXmlElement* child = parent->GetFirstElement();
+    for (int i = 0; child && i < index; ++i)
+        child = child->GetNextSiblingElement();
+    return child;
+}
+
+} // namespace
+
+// --- Text content
+
+TEST(CXmlDocumentText, TextAroundChildIsConcatenated) {
+    CXmlDocument doc;
+    doc.LoadXml("<a>x<b/>y</a>");
+    CXmlElement* a = doc.GetDocumentElement();
+    EXPECT_EQ("a", a->GetLocalName());
+    EXPECT_EQ("xy", a->GetText());
+    ASSERT_NE(nullptr, a->GetFirstElement());
+    EXPECT_EQ("b", a->GetFirstElement()->GetLocalName());
+    EXPECT_EQ(nullptr, a->GetFirstElement()->GetNextSiblingElement());
+}
+
+TEST(CXmlDocumentText, WhitespaceBetweenElementsStaysWithParent) {
+    CXmlDocument doc;
+    doc.LoadXml("<a>\n <b/>\n</a>");
+    EXPECT_EQ("\n \n", doc.GetDocumentElement()->GetText());
+}
+
+TEST(CXmlDocumentText, CommentsAndProcessingInstructionsLeaveNoTrace) {
+    CXmlDocument doc;
+    doc.LoadXml("<?xml version=\"1.0\"?><!DOCTYPE a><!-- c --><a>one<!-- middle -->two<?pi data?>three</a><!-- e -->");
+    CXmlElement* a = doc.GetDocumentElement();
+    EXPECT_EQ("onetwothree", a->GetText());
+    EXPECT_EQ(nullptr, a->GetFirstElement());
+}
+
+// A carriage return written as a reference reaches the reader; text drops it, attribute
+// values keep it.
+TEST(CXmlDocumentText, CharacterReferenceForCarriageReturn) {
+    CXmlDocument doc;
+    doc.LoadXml("<a v=\"1&#13;2\">x&#13;&#10;y&#13;</a>");
+    CXmlElement* a = doc.GetDocumentElement();
+    EXPECT_EQ("x\ny", a->GetText());
+    EXPECT_EQ("1\r2", a->GetAttribute("v", ""));
+}
+
+TEST(CXmlDocumentText, LineEndsAreNormalisedByTheParser) {
+    CXmlDocument doc;
+    doc.LoadXml("<a>1\r\n2\r3</a>");
+    EXPECT_EQ("1\n2\n3", doc.GetDocumentElement()->GetText());
+}
+
+TEST(CXmlDocumentText, EntitiesAreResolved) {
+    CXmlDocument doc;
+    doc.LoadXml("<a t=\"&lt;&amp;&quot;\">&lt;&gt;&amp;&apos;&#65;</a>");
+    EXPECT_EQ("<>&'A", doc.GetDocumentElement()->GetText());
+    EXPECT_EQ("<&\"", doc.GetDocumentElement()->GetAttribute("t", ""));
+}
+
+TEST(CXmlDocumentText, LongTextArrivingInPiecesIsWhole) {
+    std::string body;
+    for (int i = 0; i < 20000; ++i)
+        body += (i % 7 == 0) ? "&amp;" : "abcdefgh";
+    std::string expected;
+    for (int i = 0; i < 20000; ++i)
+        expected += (i % 7 == 0) ? "&" : "abcdefgh";
+    CXmlDocument doc;
+    doc.LoadXml(("<a>" + body + "</a>").c_str());
+    EXPECT_EQ(expected, doc.GetDocumentElement()->GetText());
+}
+
+// --- CDATA
+
+TEST(CXmlDocumentCdata, MarkersStayWhenNotStripped) {
+    CSerializationContext context;
+    context.SetStripCDATA(false);
+    CXmlDocument doc(context);
+    doc.LoadXml("<a>x<![CDATA[1<2]]>y</a>");
+    EXPECT_EQ("x<![CDATA[1<2]]>y", doc.GetDocumentElement()->GetText());
+}
+
+TEST(CXmlDocumentCdata, StrippedByDefault) {
+    CXmlDocument doc;
+    doc.LoadXml("<a><![CDATA[1<2]]></a>");
+    EXPECT_EQ("1<2", doc.GetDocumentElement()->GetText());
+}
+
+TEST(CXmlDocumentCdata, EmptySectionKeepsItsMarkers) {
+    CSerializationContext context;
+    context.SetStripCDATA(false);
+    CXmlDocument doc(context);
+    doc.LoadXml("<a><![CDATA[]]></a>");
+    EXPECT_EQ("<![CDATA[]]>", doc.GetDocumentElement()->GetText());
+}
+
+// --- Names and namespaces
+
+TEST(CXmlDocumentNames, NamespaceAndLocalNameAreSplit) {
+    CXmlDocument doc;
+    doc.LoadXml("<p:a xmlns:p=\"urn:p\" xmlns=\"urn:d\"><b p:x=\"1\" y=\"2\"/></p:a>");
+    CXmlElement* a = doc.GetDocumentElement();
+    EXPECT_EQ("urn:p", a->GetNamespaceURI());
+    EXPECT_EQ("a", a->GetLocalName());
+    CXmlElement* b = a->GetFirstElement();
+    EXPECT_EQ("urn:d", b->GetNamespaceURI());
+    EXPECT_EQ("b", b->GetLocalName());
+    ASSERT_EQ(2u, b->GetAttributes().size());
+    EXPECT_EQ("x", b->GetAttributes()[0]->GetLocalName());
+    EXPECT_EQ("urn:p", b->GetAttributes()[0]->GetNamespaceURI());
+    // An unprefixed attribute is in no namespace, whatever the default namespace is.
+    EXPECT_EQ("y", b->GetAttributes()[1]->GetLocalName());
+    EXPECT_EQ("", b->GetAttributes()[1]->GetNamespaceURI());
+    // Namespace declarations are not attributes in namespace mode.
+    EXPECT_TRUE(a->GetAttributes().empty());
+}
+
+TEST(CXmlDocumentNames, MapCollectsEveryDeclaration) {
+    CXmlDocument doc;
+    doc.LoadXml("<a xmlns=\"urn:d\" xmlns:p=\"urn:p\"><b xmlns:q=\"urn:q\"/></a>");
+    EXPECT_EQ("urn:d", doc.LookupNamespaceFromAlias(""));
+    EXPECT_EQ("urn:p", doc.LookupNamespaceFromAlias("p"));
+    // The map does not follow scope: q is known although its element has ended.
+    EXPECT_EQ("urn:q", doc.LookupNamespaceFromAlias("q"));
+    EXPECT_EQ("", doc.LookupNamespaceFromAlias("none"));
+    EXPECT_EQ("p", doc.LookupAliasFromNamespace("urn:p"));
+    EXPECT_EQ("", doc.LookupAliasFromNamespace("urn:unknown"));
+    EXPECT_EQ(3u, doc.GetNamespaceMap().size());
+}
+
+// The last declaration of a prefix stands for the whole document.
+TEST(CXmlDocumentNames, RedeclaredPrefixChangesEarlierElements) {
+    CXmlDocument doc;
+    doc.LoadXml("<r><p:a xmlns:p=\"urn:old\"/><p:b xmlns:p=\"urn:new\"/></r>");
+    CXmlElement* a = Child(doc.GetDocumentElement(), 0);
+    CXmlElement* b = Child(doc.GetDocumentElement(), 1);
+    EXPECT_EQ("urn:old", a->GetNamespaceURI());
+    EXPECT_EQ("a", a->GetQName());
+    EXPECT_EQ("p:b", b->GetQName());
+    EXPECT_EQ("urn:new", doc.LookupNamespaceFromAlias("p"));
+}
+
+TEST(CXmlDocumentNames, UndeclaringTheDefaultNamespaceMapsItToEmpty) {
+    CXmlDocument doc;
+    doc.LoadXml("<a xmlns=\"urn:d\"><b xmlns=\"\"/></a>");
+    EXPECT_EQ("", Child(doc.GetDocumentElement(), 0)->GetNamespaceURI());
+    ASSERT_EQ(1u, doc.GetNamespaceMap().count(""));
+    EXPECT_EQ("", doc.LookupNamespaceFromAlias(""));
+}
+
+// Where one URI has several prefixes the smallest key wins; "" wins over all.
+TEST(CXmlDocumentNames, SmallestPrefixWinsForAUri) {
+    CXmlDocument doc;
+    doc.LoadXml("<z:a xmlns:z=\"urn:x\" xmlns:b=\"urn:x\"/>");
+    EXPECT_EQ("b", doc.LookupAliasFromNamespace("urn:x"));
+    EXPECT_EQ("b:a", doc.GetDocumentElement()->GetQName());
+    doc.LoadXml("<z:a xmlns:z=\"urn:x\" xmlns=\"urn:x\"/>");
+    EXPECT_EQ("", doc.LookupAliasFromNamespace("urn:x"));
+    EXPECT_EQ("a", doc.GetDocumentElement()->GetQName());
+}
+
+TEST(CXmlDocumentNames, NoNamespaceModeKeepsPrefixesAndXmlns) {
+    CSerializationContext context;
+    context.SetSchemaType(SchemaTypeNoNamespaces);
+    CXmlDocument doc(context);
+    doc.LoadXml("<p:a xmlns:p=\"urn:p\" xmlns=\"urn:d\" p:x=\"1\"/>");
+    CXmlElement* a = doc.GetDocumentElement();
+    EXPECT_EQ("p:a", a->GetLocalName());
+    EXPECT_EQ("", a->GetNamespaceURI());
+    ASSERT_EQ(3u, a->GetAttributes().size());
+    EXPECT_EQ("xmlns:p", a->GetAttributes()[0]->GetLocalName());
+    EXPECT_EQ("urn:p", a->GetAttributes()[0]->GetValue());
+    EXPECT_EQ("xmlns", a->GetAttributes()[1]->GetLocalName());
+    EXPECT_EQ("p:x", a->GetAttributes()[2]->GetLocalName());
+    EXPECT_EQ("", a->GetAttributes()[2]->GetNamespaceURI());
+    EXPECT_TRUE(doc.GetNamespaceMap().empty());
+    // An undeclared prefix is no error without namespace processing.
+    EXPECT_NO_THROW(doc.LoadXml("<q:a/>"));
+    EXPECT_EQ("q:a", doc.GetDocumentElement()->GetLocalName());
+}
+
+TEST(CXmlDocumentNames, AttributesKeepDocumentOrder) {
+    CXmlDocument doc;
+    doc.LoadXml("<a z=\"1\" b=\"2\" m=\"3\"/>");
+    const auto& atts = doc.GetDocumentElement()->GetAttributes();
+    ASSERT_EQ(3u, atts.size());
+    EXPECT_EQ("z", atts[0]->GetLocalName());
+    EXPECT_EQ("b", atts[1]->GetLocalName());
+    EXPECT_EQ("m", atts[2]->GetLocalName());
+    EXPECT_EQ(doc.GetDocumentElement(), atts[0]->GetElement());
+}
+
+// Non-ASCII passes through unchanged when the library is told to hold UTF-8.
+TEST(CXmlDocumentNames, NonAsciiWithAsciiOnlyHoldsUtf8) {
+    ASCIIOnly(true);
+    CXmlDocument doc;
+    doc.LoadXml("<\xC3\xA9l xmlns=\"urn:\xC3\xBC\" \xC3\xA4=\"Z\xC3\xBCrich\">S\xC3\xA3o</\xC3\xA9l>");
+    ASCIIOnly(false);
+    CXmlElement* e = doc.GetDocumentElement();
+    EXPECT_EQ("\xC3\xA9l", e->GetLocalName());
+    EXPECT_EQ("urn:\xC3\xBC", e->GetNamespaceURI());
+    EXPECT_EQ("S\xC3\xA3o", e->GetText());
+    EXPECT_EQ("Z\xC3\xBCrich", e->GetAttribute("\xC3\xA4", ""));
+    EXPECT_EQ("", doc.LookupAliasFromNamespace("urn:\xC3\xBC"));
+    EXPECT_EQ("urn:\xC3\xBC", doc.LookupNamespaceFromAlias(""));
+}
+
+// In the "C" locale a character beyond ASCII has no local form and becomes "?".
+TEST(CXmlDocumentNames, NonAsciiInTheCLocaleBecomesQuestionMark) {
+    CXmlDocument doc;
+    doc.LoadXml("<a b=\"\xC3\xA4x\">Z\xC3\xBCrich</a>");
+    EXPECT_EQ("Z?rich", doc.GetDocumentElement()->GetText());
+    EXPECT_EQ("?x", doc.GetDocumentElement()->GetAttribute("b", ""));
+}
+
+// --- Load forms
+
+TEST(CXmlDocumentLoad, StreamAndFileGiveTheSameTree) {
+    const std::string xml = "<?xml version=\"1.0\"?>\n<a xmlns=\"urn:a\"><b id=\"1\">t</b><b id=\"2\"/></a>\n";
+    TempFile file(xml);
+    CXmlDocument fromFile;
+    fromFile.Load(file.Path());
+    CXmlDocument fromStream;
+    std::vector<unsigned char> bytes(xml.begin(), xml.end());
+    fromStream.LoadXmlStream(bytes.data(), static_cast<unsigned long>(bytes.size()));
+    for (CXmlDocument* doc : {&fromFile, &fromStream}) {
+        CXmlElement* a = doc->GetDocumentElement();
+        ASSERT_NE(nullptr, a);
+        EXPECT_EQ("urn:a", a->GetNamespaceURI());
+        EXPECT_EQ("t", Child(a, 0)->GetText());
+        EXPECT_EQ("2", Child(a, 1)->GetAttribute("id", ""));
+        EXPECT_EQ(xml.size(), doc->GetBufferSize());
+    }
+}
+
+// The stream is copied: the caller may change or free its bytes after the load.
+TEST(CXmlDocumentLoad, StreamBytesAreCopied) {
+    std::string xml = "<a>text</a>";
+    CXmlDocument doc;
+    doc.LoadXmlStream(reinterpret_cast<unsigned char*>(&xml[0]), static_cast<unsigned long>(xml.size()));
+    xml.assign(xml.size(), 'x');
+    EXPECT_EQ('<', doc.GetBuffer()[0]);
+    EXPECT_EQ("text", doc.GetDocumentElement()->GetText());
+}
+
+TEST(CXmlDocumentLoad, Utf16StreamWithByteOrderMark) {
+    const char16_t text[] = u"<a>\u00e9t\u00e9</a>";
+    std::vector<unsigned char> bytes = {0xFF, 0xFE};
+    for (const char16_t* p = text; *p; ++p) {
+        bytes.push_back(static_cast<unsigned char>(*p & 0xFF));
+        bytes.push_back(static_cast<unsigned char>(*p >> 8));
+    }
+    ASCIIOnly(true);
+    CXmlDocument doc;
+    doc.LoadXmlStream(bytes.data(), static_cast<unsigned long>(bytes.size()));
+    ASCIIOnly(false);
+    EXPECT_EQ("\xC3\xA9t\xC3\xA9", doc.GetDocumentElement()->GetText());
+}
+
+TEST(CXmlDocumentLoad, WideTextIsReadAsUtf16) {
+    CXmlDocument doc;
+    const wchar_t* text = L"<a x=\"1\">wide</a>";
+    doc.LoadXml(text);
+    EXPECT_EQ("wide", doc.GetDocumentElement()->GetText());
+    EXPECT_EQ("1", doc.GetDocumentElement()->GetAttribute("x", ""));
+    // Two bytes of mark and two bytes per character.
+    EXPECT_EQ(2u + 2u * std::wcslen(text), doc.GetBufferSize());
+    EXPECT_EQ(0xFF, doc.GetBuffer()[0]);
+    EXPECT_EQ(0xFE, doc.GetBuffer()[1]);
+}
+
+// A character above U+FFFF keeps its low 16 bits: U+1F600 becomes U+F600.
+TEST(CXmlDocumentLoad, WideCharacterAboveBmpKeepsLow16Bits) {
+    ASCIIOnly(true);
+    CXmlDocument doc;
+    const wchar_t text[] = {L'<', L'a', L'>', static_cast<wchar_t>(0x1F600), L'<', L'/', L'a', L'>', 0};
+    doc.LoadXml(text);
+    ASCIIOnly(false);
+    EXPECT_EQ("\xEF\x98\x80", doc.GetDocumentElement()->GetText());
+}
+
+// A narrow text is never taken to be in the local code page: its declaration decides.
+TEST(CXmlDocumentLoad, NarrowTextFollowsItsDeclaration) {
+    ASCIIOnly(true);
+    CXmlDocument doc;
+    doc.LoadXml("<?xml version=\"1.0\" encoding=\"ISO-8859-1\"?><a>\xE9</a>");
+    ASCIIOnly(false);
+    EXPECT_EQ("\xC3\xA9", doc.GetDocumentElement()->GetText());
+}
+
+TEST(CXmlDocumentLoad, DocumentCanBeLoadedAgain) {
+    CXmlDocument doc;
+    doc.LoadXml("<a xmlns:p=\"urn:p\"><b/></a>");
+    doc.LoadXml("<c/>");
+    EXPECT_EQ("c", doc.GetDocumentElement()->GetLocalName());
+    EXPECT_EQ(nullptr, doc.GetDocumentElement()->GetFirstElement());
+    EXPECT_TRUE(doc.GetNamespaceMap().empty());
+    doc.Cleanup();
+    EXPECT_EQ(nullptr, doc.GetDocumentElement());
+    EXPECT_EQ(nullptr, doc.GetBuffer());
+    EXPECT_EQ(0u, doc.GetBufferSize());
+}
+
+TEST(CXmlDocumentLoad, AsyncFromXmlFileOnlyStoresTheFlag) {
+    AsyncFromXmlFile(true);
+    EXPECT_TRUE(ASYNC_FROMXMLFILE);
+    TempFile file("<a>sync</a>");
+    CXmlDocument doc;
+    doc.Load(file.Path());
+    EXPECT_EQ("sync", doc.GetDocumentElement()->GetText());
+    AsyncFromXmlFile(false);
+    EXPECT_FALSE(ASYNC_FROMXMLFILE);
+}
+
+TEST(CXmlDocumentLoad, FileLengthRestoresThePosition) {
+    TempFile file("0123456789");
+    FILE* f = std::fopen(file.Path(), "rb");
+    ASSERT_NE(nullptr, f);
+    std::fseek(f, 3, SEEK_SET);
+    EXPECT_EQ(10, _filelength(f));
+    EXPECT_EQ(3, std::ftell(f));
+    std::fclose(f);
+}
+
+TEST(CXmlDocumentLoad, FileLengthOfAPipeIsMinusOne) {
+    int fds[2];
+    ASSERT_EQ(0, pipe(fds));
+    FILE* f = fdopen(fds[0], "r");
+    ASSERT_NE(nullptr, f);
+    EXPECT_EQ(-1, _filelength(f));
+    std::fclose(f);
+    close(fds[1]);
+}
+
+// --- Failures
+
+TEST(CXmlDocumentErrors, EmptyStringAndStream) {
+    CXmlDocument doc;
+    doc.LoadXml("<a/>");
+    EXPECT_EQ("XML String is empty!", MessageOf([&] { doc.LoadXml(""); }));
+    // The old tree was cleaned up before the failure.
+    EXPECT_EQ(nullptr, doc.GetDocumentElement());
+    EXPECT_EQ("XML String is empty!", MessageOf([&] { doc.LoadXml(static_cast<const char*>(nullptr)); }));
+    EXPECT_EQ("XML String is empty!", MessageOf([&] { doc.LoadXml(L""); }));
+    unsigned char byte = '<';
+    EXPECT_EQ("XML Stream is empty!", MessageOf([&] { doc.LoadXmlStream(&byte, 0); }));
+    EXPECT_EQ("XML Stream is empty!", MessageOf([&] { doc.LoadXmlStream(nullptr, 5); }));
+}
+
+TEST(CXmlDocumentErrors, MalformedXmlReportsExpatTextAndLine) {
+    CXmlDocument doc;
+    EXPECT_EQ("mismatched tag at line 3", MessageOf([&] { doc.LoadXml("<a>\n<b>\n</a>"); }));
+    EXPECT_EQ("junk after document element at line 1", MessageOf([&] { doc.LoadXml("<a/><b/>"); }));
+    EXPECT_EQ("no element found at line 1", MessageOf([&] { doc.LoadXml("<a>"); }));
+    EXPECT_EQ("no element found at line 1", MessageOf([&] { doc.LoadXml("   "); }));
+    EXPECT_EQ("syntax error at line 1", MessageOf([&] { doc.LoadXml("hello"); }));
+    EXPECT_EQ("duplicate attribute at line 1", MessageOf([&] { doc.LoadXml("<a x='1' x='2'/>"); }));
+    EXPECT_EQ("undefined entity at line 2", MessageOf([&] { doc.LoadXml("<a>\n&nope;</a>"); }));
+}
+
+TEST(CXmlDocumentErrors, UndeclaredPrefix) {
+    CXmlDocument doc;
+    EXPECT_EQ("unbound prefix at line 1", MessageOf([&] { doc.LoadXml("<p:a/>"); }));
+    EXPECT_EQ("unbound prefix at line 2", MessageOf([&] { doc.LoadXml("<r>\n<a q:x='1'/></r>"); }));
+}
+
+TEST(CXmlDocumentErrors, InvalidUtf8) {
+    CXmlDocument doc;
+    EXPECT_EQ("not well-formed (invalid token) at line 1", MessageOf([&] { doc.LoadXml("<a>\xC3\x28</a>"); }));
+    EXPECT_EQ("not well-formed (invalid token) at line 1", MessageOf([&] { doc.LoadXml("<a>\xFF</a>"); }));
+    // An overlong form of "<".
+    EXPECT_EQ("not well-formed (invalid token) at line 1", MessageOf([&] { doc.LoadXml("<a>\xC0\xBC</a>"); }));
+}
+
+// A failed parse leaves the partial tree in place until the next load or cleanup.
+TEST(CXmlDocumentErrors, FailedParseKeepsPartialTree) {
+    CXmlDocument doc;
+    EXPECT_THROW(doc.LoadXml("<a><b>text</b><c></a>"), CQzException);
+    ASSERT_NE(nullptr, doc.GetDocumentElement());
+    EXPECT_EQ("text", doc.GetDocumentElement()->GetFirstElement()->GetText());
+    doc.LoadXml("<ok/>");
+    EXPECT_EQ("ok", doc.GetDocumentElement()->GetLocalName());
+}
+
+TEST(CXmlDocumentErrors, MissingFile) {
+    CXmlDocument doc;
+    std::string path = ::testing::TempDir() + "qzxml_no_such_file.xml";
+    EXPECT_EQ("Failed to open the file [" + path + "].", MessageOf([&] { doc.Load(path.c_str()); }));
+    EXPECT_EQ("Failed to open the file [].", MessageOf([&] { doc.Load(nullptr); }));
+}
+
+// An empty file is a read failure; no error number is set for it.
+TEST(CXmlDocumentErrors, EmptyFile) {
+    TempFile file("");
+    CXmlDocument doc;
+    EXPECT_EQ(std::string("Failed to read the contents of the file [") + file.Path() + "] Error [0]",
+              MessageOf([&] { doc.Load(file.Path()); }));
+}
+
+TEST(CXmlDocumentErrors, DirectoryCannotBeRead) {
+    std::string dir = ::testing::TempDir();
+    CXmlDocument doc;
+    EXPECT_EQ("Failed to read the contents of the file [" + dir + "] Error [" + std::to_string(EISDIR) + "]",
+              MessageOf([&] { doc.Load(dir.c_str()); }));
+}
+
+TEST(CXmlDocumentErrors, MalformedFileReportsLine) {
+    TempFile file("<a>\n\n<b></a>");
+    CXmlDocument doc;
+    EXPECT_EQ("mismatched tag at line 3", MessageOf([&] { doc.Load(file.Path()); }));
+}
+
+// An entity that expands without end is stopped by the parser.
+TEST(CXmlDocumentErrors, EntityExpansionIsBounded) {
+    std::string xml = "<!DOCTYPE a [<!ENTITY e0 \"xxxxxxxxxxxxxxxx\">";
+    for (int i = 1; i < 12; ++i) {
+        std::string prev = "&e" + std::to_string(i - 1) + ";";
+        xml += "<!ENTITY e" + std::to_string(i) + " \"" + prev + prev + prev + prev + prev + prev + prev + prev +
+               prev + prev + "\">";
+    }
+    xml += "]><a>&e11;</a>";
+    CXmlDocument doc;
+    EXPECT_THROW(doc.LoadXml(xml.c_str()), CQzException);
+}
+
+// --- Element callback
+
+namespace {
+
+std::vector<std::string> g_seen;
+
+bool RecordAndDrop(CXmlElement* element) {
+    g_seen.push_back(element->GetLocalName() + "=" + element->GetText());
+    return true;
+}
+
+bool RecordAndKeep(CXmlElement* element) {
+    g_seen.push_back(element->GetLocalName());
+    return false;
+}
+
+bool DropOnlyB(CXmlElement* element) { return element->GetLocalName() == "b"; }
+
+bool ThrowOnC(CXmlElement* element) {
+    if (element->GetLocalName() == "c")
+        throw CQzInvalidValueException("stop at c");
+    return false;
+}
+
+} // namespace
+
+// Dropping every element leaves the document element alone; children end first.
+TEST(CXmlDocumentCallback, DroppingEveryElementKeepsTheRoot) {
+    g_seen.clear();
+    CXmlDocument doc(&RecordAndDrop);
+    doc.LoadXml("<r>0<a>1<b>2</b></a><c>3</c></r>");
+    EXPECT_EQ((std::vector<std::string>{"b=2", "a=1", "c=3", "r=0"}), g_seen);
+    ASSERT_NE(nullptr, doc.GetDocumentElement());
+    EXPECT_EQ("r", doc.GetDocumentElement()->GetLocalName());
+    EXPECT_EQ(nullptr, doc.GetDocumentElement()->GetFirstElement());
+}
+
+TEST(CXmlDocumentCallback, KeepingBuildsTheFullTree) {
+    g_seen.clear();
+    CXmlDocument doc(&RecordAndKeep);
+    doc.LoadXml("<r><a><b/></a><c/></r>");
+    EXPECT_EQ((std::vector<std::string>{"b", "a", "c", "r"}), g_seen);
+    EXPECT_EQ("b", doc.GetDocumentElement()->GetFirstElement()->GetFirstElement()->GetLocalName());
+}
+
+TEST(CXmlDocumentCallback, SelectiveDropKeepsOrderOfTheRest) {
+    CSerializationContext context;
+    CXmlDocument doc(&DropOnlyB, context);
+    doc.LoadXml("<r><a/><b/><c/><b/><d/></r>");
+    std::string names;
+    for (CXmlElement* e = doc.GetDocumentElement()->GetFirstElement(); e; e = e->GetNextSiblingElement())
+        names += e->GetLocalName();
+    EXPECT_EQ("acd", names);
+}
+
+// An exception from the callback comes out of the load unchanged, with expat left in order.
+TEST(CXmlDocumentCallback, ExceptionFromCallbackPassesThrough) {
+    CXmlDocument doc(&ThrowOnC);
+    try {
+        doc.LoadXml("<r><a/><c/><d/></r>");
+        FAIL() << "no exception";
+    } catch (const CQzInvalidValueException& e) {
+        EXPECT_EQ("stop at c", e.GetMessage());
+    }
+    // The document remains usable.
+    doc.LoadXml("<r><a/></r>");
+    EXPECT_EQ("a", doc.GetDocumentElement()->GetFirstElement()->GetLocalName());
+}
+
+// --- Building operations used directly
+
+TEST(CXmlDocumentBuild, BuildingOperationsMakeATree) {
+    CXmlDocument doc;
+    CXmlElement* root = doc.AddDocElement("urn:r", "root");
+    CXmlElement* child = doc.AddChildElement("", "child");
+    doc.AddElementAttribute(child, "k", "v", "");
+    doc.AppendTextExcludingCR(child, "a\rb\r");
+    doc.AppendTextExcludingCR(child, "cd\0ef", 5);
+    doc.AppendTextExcludingCR(child, "xyz", 2);
+    doc.EndElement();
+    doc.EndElement();
+    doc.EndElement(); // one too many: nothing open, nothing happens
+    EXPECT_EQ(root, doc.GetDocumentElement());
+    EXPECT_EQ(child, root->GetFirstElement());
+    EXPECT_EQ(root, child->GetParentElement());
+    EXPECT_EQ("abcdxy", child->GetText());
+    EXPECT_EQ("v", child->GetAttribute("k", ""));
+    EXPECT_EQ(nullptr, doc.GetOpenElement());
+    EXPECT_EQ("Failed to open the file [x].", MessageOf([&] { doc.Load("x"); }));
+    EXPECT_EQ(nullptr, doc.GetDocumentElement());
+}
+
+TEST(CXmlDocumentBuild, ChildWithoutOpenElementIsRefused) {
+    CXmlDocument doc;
+    doc.AddDocElement("", "root");
+    doc.EndElement();
+    EXPECT_EQ("An element can only be added inside an open element",
+              MessageOf([&] { doc.AddChildElement("", "late"); }));
+}

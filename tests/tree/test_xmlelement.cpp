@@ -1,0 +1,203 @@
+// Tests of CXmlElement and CXmlAttribute: names with prefixes, position predicates, paths,
+// attribute look-up, unlinking children and the schema-instance attribute tests.
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "tree/XmlDocument.h"
+
+using namespace QzXmlLib16;
+
+namespace {
+
+CXmlElement* Child(CXmlElement* parent, int index) {
+    CXmlElement* child = parent->GetFirstElement();
+    for (int i = 0; child && i < index; ++i)
+        child = child->GetNextSiblingElement();
+    return child;
+}
+
+} // namespace
+
+// --- Predicates and paths
+
+TEST(CXmlElementPath, PredicateOnlyWhereNamesRepeat) {
+    CXmlDocument doc;
+    doc.LoadXml("<a><b/><c/><b/></a>");
+    CXmlElement* a = doc.GetDocumentElement();
+    EXPECT_EQ("a", a->GetNameWithPredicate());
+    EXPECT_EQ("b[1]", Child(a, 0)->GetNameWithPredicate());
+    EXPECT_EQ("c", Child(a, 1)->GetNameWithPredicate());
+    EXPECT_EQ("b[2]", Child(a, 2)->GetNameWithPredicate());
+    doc.LoadXml("<a><b/></a>");
+    EXPECT_EQ("b", doc.GetDocumentElement()->GetFirstElement()->GetNameWithPredicate());
+}
+
+TEST(CXmlElementPath, XPathWithPrefixesAndPositions) {
+    CXmlDocument doc;
+    doc.LoadXml("<root xmlns:p=\"urn:p\"><item/><item><p:name/><name/></item></root>");
+    CXmlElement* item2 = Child(doc.GetDocumentElement(), 1);
+    EXPECT_EQ("/root", doc.GetDocumentElement()->GetXPath());
+    EXPECT_EQ("/root/item[2]", item2->GetXPath());
+    EXPECT_EQ("/root/item[2]/p:name", Child(item2, 0)->GetXPath());
+    // Same local name in different namespaces: the qualified names differ, no predicate.
+    EXPECT_EQ("/root/item[2]/name", Child(item2, 1)->GetXPath());
+}
+
+// Two prefixes for two URIs, same local name: the qualified names decide the count.
+TEST(CXmlElementPath, CountGoesByQualifiedName) {
+    CXmlDocument doc;
+    doc.LoadXml("<r xmlns:p=\"urn:p\" xmlns:q=\"urn:q\"><p:x/><q:x/><p:x/></r>");
+    CXmlElement* r = doc.GetDocumentElement();
+    EXPECT_EQ("/r/p:x[1]", Child(r, 0)->GetXPath());
+    EXPECT_EQ("/r/q:x", Child(r, 1)->GetXPath());
+    EXPECT_EQ("/r/p:x[2]", Child(r, 2)->GetXPath());
+}
+
+TEST(CXmlElementPath, DefaultNamespaceGivesNoPrefix) {
+    CXmlDocument doc;
+    doc.LoadXml("<orders xmlns=\"urn:example:orders\"><order/><order/></orders>");
+    EXPECT_EQ("/orders/order[2]", Child(doc.GetDocumentElement(), 1)->GetXPath());
+}
+
+TEST(CXmlElementPath, AttributePathPutsAliasBeforeAt) {
+    CXmlDocument doc;
+    doc.LoadXml("<root xmlns:p=\"urn:p\"><item/><item p:name=\"1\" plain=\"2\"/></root>");
+    CXmlElement* item2 = Child(doc.GetDocumentElement(), 1);
+    ASSERT_EQ(2u, item2->GetAttributes().size());
+    EXPECT_EQ("/root/item[2]/p:@name", item2->GetAttributes()[0]->GetXPath());
+    EXPECT_EQ("/root/item[2]/@plain", item2->GetAttributes()[1]->GetXPath());
+}
+
+TEST(CXmlElementPath, StandaloneNodes) {
+    CXmlAttribute lone(nullptr, "x", "1", "urn:x");
+    EXPECT_EQ("@x", lone.GetXPath());
+    // Without a document there is no map and so no prefix.
+    CXmlElement root(nullptr, nullptr);
+    root.SetElementName("r");
+    root.SetNamespace("urn:r");
+    CXmlElement* child = root.CreateNewChildElement();
+    child->SetElementName("c");
+    EXPECT_EQ("r", root.GetQName());
+    EXPECT_EQ("/r/c", child->GetXPath());
+    root.AddAttribute("a", "v", "urn:a");
+    EXPECT_EQ("/r/@a", root.GetAttributes()[0]->GetXPath());
+}
+
+// An element whose URI the map does not know has no prefix.
+TEST(CXmlElementPath, UnknownUriHasNoPrefix) {
+    CXmlDocument doc;
+    doc.LoadXml("<r xmlns:p=\"urn:p\"/>");
+    CXmlElement* child = doc.GetDocumentElement()->CreateNewChildElement();
+    child->SetNamespace("urn:elsewhere");
+    child->SetElementName("x");
+    EXPECT_EQ("x", child->GetQName());
+    child->SetNamespace("urn:p");
+    EXPECT_EQ("p:x", child->GetQName());
+}
+
+// --- Attributes
+
+TEST(CXmlElementAttributes, LookupByNameAndNamespace) {
+    CXmlDocument doc;
+    doc.LoadXml("<a xmlns:p=\"urn:p\" x=\"plain\" p:x=\"qualified\" e=\"\"/>");
+    CXmlElement* a = doc.GetDocumentElement();
+    EXPECT_EQ("plain", a->GetAttribute("x", ""));
+    EXPECT_EQ("qualified", a->GetAttribute("x", "urn:p"));
+    EXPECT_EQ("", a->GetAttribute("e", ""));
+    // A missing attribute gives one shared empty string, the same on every call.
+    const std::string& missing1 = a->GetAttribute("missing", "");
+    const std::string& missing2 = a->GetAttribute("x", "urn:other");
+    EXPECT_EQ("", missing1);
+    EXPECT_EQ(&missing1, &missing2);
+}
+
+TEST(CXmlElementAttributes, DuplicatesAreNotCheckedWhenAddedByHand) {
+    CXmlElement e(nullptr, nullptr);
+    e.AddAttribute("x", "1", "");
+    e.AddAttribute("x", "2", "");
+    ASSERT_EQ(2u, e.GetAttributes().size());
+    EXPECT_EQ("1", e.GetAttribute("x", ""));
+}
+
+TEST(CXmlElementAttributes, SchemaInstanceAttributes) {
+    const std::string xsi = "http://www.w3.org/2001/XMLSchema-instance";
+    const std::string xmlns = "http://www.w3.org/2000/xmlns/";
+    struct Row {
+        std::string name, uri;
+        bool isNamespace, isNil;
+    } rows[] = {
+        {"type", xsi, true, false},
+        {"schemaLocation", xsi, true, false},
+        {"noNamespaceSchemaLocation", xsi, true, false},
+        {"xmlns", xsi, true, false},
+        {"nil", xsi, false, true},
+        {"nil", xmlns, false, true},
+        {"type", xmlns, true, false},
+        {"type", "", false, false},
+        {"nil", "", false, false},
+        {"nil", "urn:other", false, false},
+        {"Type", xsi, false, false},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.name + " in " + row.uri);
+        CXmlAttribute attribute(nullptr, row.name, "false", row.uri);
+        EXPECT_EQ(row.isNamespace, attribute.IsNamespaceAttribute());
+        EXPECT_EQ(row.isNil, attribute.IsNilAttribute());
+    }
+}
+
+// --- Building by hand
+
+TEST(CXmlElementBuild, TextAppendsAndChildrenLink) {
+    CXmlElement e(nullptr, nullptr);
+    e.AppendText("ab");
+    e.AppendText(nullptr);
+    e.AppendText("cdef", 2);
+    e.AppendText("zz", 0);
+    e.AppendText("zz", -1);
+    EXPECT_EQ("abcd", e.GetText());
+    CXmlElement* c1 = e.CreateNewChildElement();
+    CXmlElement* c2 = e.CreateNewChildElement();
+    EXPECT_EQ(c1, e.GetFirstElement());
+    EXPECT_EQ(c2, c1->GetNextSiblingElement());
+    EXPECT_EQ(&e, c2->GetParentElement());
+}
+
+TEST(CXmlElementBuild, RemoveLastChildElementUnlinks) {
+    CXmlElement e(nullptr, nullptr);
+    EXPECT_EQ(nullptr, e.RemoveLastChildElement());
+    CXmlElement* c1 = e.CreateNewChildElement();
+    CXmlElement* c2 = e.CreateNewChildElement();
+    CXmlElement* c3 = e.CreateNewChildElement();
+    CXmlElement* removed = e.RemoveLastChildElement();
+    EXPECT_EQ(c3, removed);
+    EXPECT_EQ(nullptr, c2->GetNextSiblingElement());
+    delete removed;
+    // The list still appends at its new end.
+    CXmlElement* c4 = e.CreateNewChildElement();
+    EXPECT_EQ(c4, c2->GetNextSiblingElement());
+    delete e.RemoveLastChildElement();
+    delete e.RemoveLastChildElement();
+    delete e.RemoveLastChildElement();
+    EXPECT_EQ(nullptr, e.GetFirstElement());
+    EXPECT_EQ(nullptr, e.RemoveLastChildElement());
+    (void)c1;
+}
+
+// Destroying and walking a deep chain uses no recursion (the full million levels are in the
+// heavy suite).
+TEST(CXmlElementBuild, DeepChainPathAndDestruction) {
+    const int depth = 50000;
+    CXmlElement* root = new CXmlElement(nullptr, nullptr);
+    root->SetElementName("d");
+    CXmlElement* leaf = root;
+    for (int i = 0; i < depth; ++i) {
+        leaf = leaf->CreateNewChildElement();
+        leaf->SetElementName("d");
+        leaf->CreateNewChildElement()->SetElementName("s"); // a sibling subtree at each level
+    }
+    std::string path = leaf->GetXPath();
+    EXPECT_EQ(static_cast<size_t>(depth + 1) * 2, path.size());
+    delete root;
+}
