@@ -1,0 +1,125 @@
+// XmlCompare.cpp - element tree dumps through CXmlDocument, for comparing documents.
+#include "support/XmlCompare.h"
+
+#include <algorithm>
+#include <utility>
+#include <vector>
+
+#include "foundation/Exceptions.h"
+#include "tree/XmlAttribute.h"
+#include "tree/XmlDocument.h"
+#include "tree/XmlElement.h"
+
+using namespace QzXmlLib16;
+
+namespace QzXmlTest {
+
+namespace {
+
+// Tree printing
+
+std::string Trim(const std::string& text) {
+    const char* blanks = " \t\r\n";
+    size_t first = text.find_first_not_of(blanks);
+    if (first == std::string::npos)
+        return std::string();
+    size_t last = text.find_last_not_of(blanks);
+    return text.substr(first, last - first + 1);
+}
+
+// Makes control characters visible, so that a difference in line ends shows in a diff.
+std::string Visible(const std::string& text) {
+    std::string out;
+    for (char c : text) {
+        if (c == '\n')
+            out += "\\n";
+        else if (c == '\r')
+            out += "\\r";
+        else if (c == '\t')
+            out += "\\t";
+        else
+            out += c;
+    }
+    return out;
+}
+
+std::string DumpDocument(const CXmlDocument& document, TextCompare mode) {
+    std::string out;
+    // Explicit stack: (element, depth); siblings are pushed in reverse to keep order.
+    std::vector<std::pair<const CXmlElement*, int>> stack;
+    if (document.GetDocumentElement() != nullptr)
+        stack.emplace_back(document.GetDocumentElement(), 0);
+    while (!stack.empty()) {
+        const CXmlElement* element = stack.back().first;
+        int depth = stack.back().second;
+        stack.pop_back();
+        out.append(static_cast<size_t>(depth) * 2, ' ');
+        out += "{" + element->GetNamespaceURI() + "}" + element->GetLocalName();
+        std::vector<std::string> attributes;
+        for (const CXmlAttribute* attribute : element->GetAttributes())
+            attributes.push_back("@{" + attribute->GetNamespaceURI() + "}" + attribute->GetLocalName() +
+                                 "=\"" + Visible(attribute->GetValue()) + "\"");
+        std::sort(attributes.begin(), attributes.end());
+        for (const std::string& attribute : attributes)
+            out += " " + attribute;
+        std::string text = mode == TextExact ? element->GetText() : Trim(element->GetText());
+        if (!text.empty())
+            out += " text=\"" + Visible(text) + "\"";
+        out += "\n";
+        std::vector<const CXmlElement*> children;
+        for (const CXmlElement* child = element->GetFirstElement(); child != nullptr;
+             child = child->GetNextSiblingElement())
+            children.push_back(child);
+        for (auto it = children.rbegin(); it != children.rend(); ++it)
+            stack.emplace_back(*it, depth + 1);
+    }
+    return out;
+}
+
+} // namespace
+
+std::string DumpElementTree(const std::string& xml, TextCompare mode) {
+    CXmlDocument document;
+    document.LoadXml(xml.c_str());
+    return DumpDocument(document, mode);
+}
+
+std::string DumpElementTreeBytes(const unsigned char* bytes, unsigned long length, TextCompare mode) {
+    CXmlDocument document;
+    document.LoadXmlStream(const_cast<unsigned char*>(bytes), length);
+    return DumpDocument(document, mode);
+}
+
+::testing::AssertionResult IsWellFormed(const std::string& xml) {
+    try {
+        CXmlDocument document;
+        document.LoadXml(xml.c_str());
+    } catch (const CQzException& e) {
+        return ::testing::AssertionFailure() << e.GetFullMessage() << "\nin:\n" << xml;
+    }
+    return ::testing::AssertionSuccess();
+}
+
+::testing::AssertionResult SameElementTree(const std::string& expected, const std::string& actual,
+                                           TextCompare mode) {
+    std::string expectedTree;
+    std::string actualTree;
+    try {
+        expectedTree = DumpElementTree(expected, mode);
+    } catch (const CQzException& e) {
+        return ::testing::AssertionFailure() << "expected document does not parse: " << e.GetFullMessage();
+    }
+    try {
+        actualTree = DumpElementTree(actual, mode);
+    } catch (const CQzException& e) {
+        return ::testing::AssertionFailure() << "document does not parse: " << e.GetFullMessage() << "\n"
+                                             << actual;
+    }
+    if (expectedTree == actualTree)
+        return ::testing::AssertionSuccess();
+    return ::testing::AssertionFailure() << "element trees differ\nexpected:\n"
+                                         << expectedTree << "actual:\n"
+                                         << actualTree;
+}
+
+} // namespace QzXmlTest
