@@ -35,6 +35,9 @@ namespace {
     throw CQzInvalidParamException(FormatString("Invalid number format [%s]", format.c_str()));
 }
 
+// The most places a decimal format may ask for; a larger count is taken as this one.
+const long kMaxDecimalPlaces = 1000;
+
 // Integer text
 
 // Writes an integer the way "%d"/"%u" and their long long forms print it.
@@ -152,6 +155,17 @@ float NarrowToFloat(double value) {
         return std::signbit(value) ? -magnitude : magnitude;
     }
     return static_cast<float>(value);
+}
+
+// Date-like text
+
+// Starts from `type`, then ParseXSDDate, which clears and takes the type the text has.
+CDateTime DateLikeValue(CDateTime::DTType type, const std::string& text,
+                        CWhitespaceUtils::WhitespaceRule rule) {
+    std::string buffer;
+    CDateTime value(type);
+    value.ParseXSDDate(CWhitespaceUtils::ApplyRule(rule, text, buffer).c_str());
+    return value;
 }
 
 // Boolean text
@@ -329,6 +343,97 @@ double CConversions::r8FromString(const std::string& text, WhitespaceRule rule) 
     return RealValue(text, rule, "r8");
 }
 
+// ---- binary -------------------------------------------------------------------------------
+
+std::string CConversions::hexBinaryToString(const CBinaryData& value) {
+    return value.GetAsHexString();
+}
+std::string CConversions::base64BinaryToString(const CBinaryData& value) {
+    return value.GetAsBase64();
+}
+
+CBinaryData CConversions::hexBinaryFromString(const std::string& text, WhitespaceRule rule) {
+    std::string buffer;
+    CBinaryData value;
+    value.SetAsHexString(CWhitespaceUtils::ApplyRule(rule, text, buffer).c_str());
+    return value;
+}
+
+CBinaryData CConversions::base64BinaryFromString(const std::string& text, WhitespaceRule rule) {
+    std::string buffer;
+    CBinaryData value;
+    value.SetAsBase64(CWhitespaceUtils::ApplyRule(rule, text, buffer).c_str());
+    return value;
+}
+
+// ---- dates and durations -------------------------------------------------------------------
+
+std::string CConversions::durationToString(const CDateTimeSpan& value) {
+    return value.ToString();
+}
+std::string CConversions::yearMonthToString(const CDateTime& value) {
+    return value.ToString("s");
+}
+std::string CConversions::monthDayToString(const CDateTime& value) {
+    return value.ToString("s");
+}
+std::string CConversions::dateToString(const CDateTime& value) {
+    return value.ToString("s");
+}
+std::string CConversions::datetimeToString(const CDateTime& value) {
+    return value.ToString("s");
+}
+std::string CConversions::timeToString(const CDateTime& value) {
+    return value.ToString("s");
+}
+
+CDateTimeSpan CConversions::durationFromString(const std::string& text, WhitespaceRule rule) {
+    std::string buffer;
+    CDateTimeSpan value;
+    value.ParseXSDDuration(CWhitespaceUtils::ApplyRule(rule, text, buffer).c_str());
+    return value;
+}
+
+// The date-like readers start from an object of their own type, but ParseXSDDate clears it,
+// so the text decides the type of the result.
+CDateTime CConversions::yearMonthFromString(const std::string& text, WhitespaceRule rule) {
+    return DateLikeValue(CDateTime::dt_gYearMonth, text, rule);
+}
+
+CDateTime CConversions::monthDayFromString(const std::string& text, WhitespaceRule rule) {
+    return DateLikeValue(CDateTime::dt_gMonthDay, text, rule);
+}
+
+CDateTime CConversions::dateFromString(const std::string& text, WhitespaceRule rule) {
+    return DateLikeValue(CDateTime::dt_date, text, rule);
+}
+
+unsigned short CConversions::yearFromString(const std::string& text, WhitespaceRule rule) {
+    return static_cast<unsigned short>(DateLikeValue(CDateTime::dt_gYear, text, rule).GetYear());
+}
+
+unsigned char CConversions::monthFromString(const std::string& text, WhitespaceRule rule) {
+    return DateLikeValue(CDateTime::dt_gMonth, text, rule).GetMonth();
+}
+
+unsigned char CConversions::dayFromString(const std::string& text, WhitespaceRule rule) {
+    return DateLikeValue(CDateTime::dt_gDay, text, rule).GetDay();
+}
+
+CDateTime CConversions::datetimeFromString(const std::string& text, WhitespaceRule rule) {
+    std::string buffer;
+    CDateTime value(CDateTime::dt_dateTime);
+    value.ParseXSDDateTime(CWhitespaceUtils::ApplyRule(rule, text, buffer).c_str());
+    return value;
+}
+
+CDateTime CConversions::timeFromString(const std::string& text, WhitespaceRule rule) {
+    std::string buffer;
+    CDateTime value(CDateTime::dt_time);
+    value.ParseXSDTime(CWhitespaceUtils::ApplyRule(rule, text, buffer).c_str());
+    return value;
+}
+
 // ---- bare year, month and day numbers ------------------------------------------------------
 
 std::string CConversions::yearToString(unsigned short value) {
@@ -345,6 +450,41 @@ std::string CConversions::dayToString(unsigned char value) {
     char buffer[16];
     int n = std::snprintf(buffer, sizeof(buffer), "---%02u", static_cast<unsigned>(value));
     return std::string(buffer, static_cast<size_t>(n));
+}
+
+// ---- decimal and integer ------------------------------------------------------------------
+
+std::string CConversions::decimalToString(const CDecimal& value) {
+    return value.ToString();
+}
+
+std::string CConversions::decimalToString(const CDecimal& value, const std::string& format) {
+    if (format.empty())
+        return value.ToString();
+    long places = std::strtol(format.c_str(), nullptr, 10);
+    if (places < 0)
+        places = 0;
+    if (places > kMaxDecimalPlaces)
+        places = kMaxDecimalPlaces;
+    return value.ToString(static_cast<int>(places));
+}
+
+std::string CConversions::integerToString(const CBigInteger& value) {
+    return value.ToString();
+}
+
+CDecimal CConversions::decimalFromString(const std::string& text, WhitespaceRule rule) {
+    std::string buffer;
+    CDecimal value;
+    value.Parse(CWhitespaceUtils::ApplyRule(rule, text, buffer).c_str());
+    return value;
+}
+
+CBigInteger CConversions::integerFromString(const std::string& text, WhitespaceRule rule) {
+    std::string buffer;
+    CBigInteger value(0);
+    value.Parse(CWhitespaceUtils::ApplyRule(rule, text, buffer).c_str());
+    return value;
 }
 
 // ---- char, string, boolean -----------------------------------------------------------------

@@ -7,18 +7,17 @@
 #ifndef QZXML_VALUES_CONVERSIONS_H
 #define QZXML_VALUES_CONVERSIONS_H
 
+#include "values/BigInteger.h"
+#include "values/BinaryData.h"
+#include "values/DateTime.h"
+#include "values/DateTimeSpan.h"
+#include "values/Decimal.h"
 #include "values/WhitespaceUtils.h"
 
 #include <cstdint>
 #include <string>
 
 namespace QzXmlLib16 {
-
-class CBinaryData;
-class CBigInteger;
-class CDecimal;
-class CDateTime;
-class CDateTimeSpan;
 
 // Static To/From string pairs, one per item type. The readers throw CQzInvalidValueException
 // with the texts listed at each one; date, duration, decimal, integer and binary texts fail
