@@ -19,7 +19,9 @@ const char kMsgIgnoreBothMissing[] =
 // The "\t" here is the two characters backslash and t.
 const char kMsgIndentChars[] = "IndentChars can only contain Whitespace characters, i.e. \\t or spaces";
 
-inline const char* OrEmpty(const char* text) { return text ? text : ""; }
+inline const char* OrEmpty(const char* text) {
+    return text ? text : "";
+}
 
 } // namespace
 
@@ -27,22 +29,25 @@ CSerializationContext CSerializationContext::m_defaultContext;
 
 CSerializationContext::CSerializationContext()
     : m_pFIContext(nullptr), m_pJsonContext(nullptr), m_writeTypeAttribute(true),
-      m_pAdditionalRootAttributes(nullptr), m_ignoreInvalidCollectionCounts(false), m_ignoreMissingChoice(false),
-      m_ignoreMissingMandatoryElements(false), m_ignoreUnknownElements(false), m_ignoreUnknownAttributes(false),
-      m_ignoreNamespaces(false), m_schemaType(SchemaTypeDefault), m_noOptionalAttributeDefaultOutput(false),
-      m_writeDefaultElementValues(false), m_stripCDATA(true), m_indentChars("\t") {}
+      m_pAdditionalRootAttributes(nullptr), m_ignoreInvalidCollectionCounts(false),
+      m_ignoreMissingChoice(false), m_ignoreMissingMandatoryElements(false), m_ignoreUnknownElements(false),
+      m_ignoreUnknownAttributes(false), m_ignoreNamespaces(false), m_schemaType(SchemaTypeDefault),
+      m_noOptionalAttributeDefaultOutput(false), m_writeDefaultElementValues(false), m_stripCDATA(true),
+      m_indentChars("\t") {}
 
 CSerializationContext::CSerializationContext(const CSerializationContext& other)
     : m_pFIContext(other.m_pFIContext), m_pJsonContext(other.m_pJsonContext),
       m_defaultNamespaceURI(other.m_defaultNamespaceURI), m_writeTypeAttribute(other.m_writeTypeAttribute),
-      m_namespaceAliases(other.m_namespaceAliases), m_pAdditionalRootAttributes(other.m_pAdditionalRootAttributes),
+      m_namespaceAliases(other.m_namespaceAliases),
+      m_pAdditionalRootAttributes(other.m_pAdditionalRootAttributes),
       m_processingInstructions(other.m_processingInstructions), m_inLineSchema(other.m_inLineSchema),
       m_ignoreInvalidCollectionCounts(other.m_ignoreInvalidCollectionCounts),
       m_ignoreMissingChoice(other.m_ignoreMissingChoice),
       m_ignoreMissingMandatoryElements(other.m_ignoreMissingMandatoryElements),
       m_ignoreUnknownElements(other.m_ignoreUnknownElements),
-      m_ignoreUnknownAttributes(other.m_ignoreUnknownAttributes), m_ignoreNamespaces(other.m_ignoreNamespaces),
-      m_schemaType(other.m_schemaType), m_noOptionalAttributeDefaultOutput(other.m_noOptionalAttributeDefaultOutput),
+      m_ignoreUnknownAttributes(other.m_ignoreUnknownAttributes),
+      m_ignoreNamespaces(other.m_ignoreNamespaces), m_schemaType(other.m_schemaType),
+      m_noOptionalAttributeDefaultOutput(other.m_noOptionalAttributeDefaultOutput),
       m_writeDefaultElementValues(other.m_writeDefaultElementValues), m_stripCDATA(other.m_stripCDATA),
       m_indentChars(other.m_indentChars) {}
 
@@ -72,66 +77,118 @@ CSerializationContext& CSerializationContext::operator=(const CSerializationCont
 // pointers are never set.
 CSerializationContext::~CSerializationContext() {}
 
-std::string CSerializationContext::GetDefaultNamespaceURI() const { return m_defaultNamespaceURI; }
-void CSerializationContext::SetDefaultNamespaceURI(const char* uri) { m_defaultNamespaceURI = OrEmpty(uri); }
+std::string CSerializationContext::GetDefaultNamespaceURI() const {
+    return m_defaultNamespaceURI;
+}
+void CSerializationContext::SetDefaultNamespaceURI(const char* uri) {
+    m_defaultNamespaceURI = OrEmpty(uri);
+}
 
-bool CSerializationContext::GetWriteTypeAttribute() const { return m_writeTypeAttribute; }
-void CSerializationContext::SetWriteTypeAttribute(bool value) { m_writeTypeAttribute = value; }
+bool CSerializationContext::GetWriteTypeAttribute() const {
+    return m_writeTypeAttribute;
+}
+void CSerializationContext::SetWriteTypeAttribute(bool value) {
+    m_writeTypeAttribute = value;
+}
 
-CNamespaceAliasMap& CSerializationContext::GetNamespaceAliases() { return m_namespaceAliases; }
-const CNamespaceAliasMap& CSerializationContext::GetNamespaceAliases() const { return m_namespaceAliases; }
+CNamespaceAliasMap& CSerializationContext::GetNamespaceAliases() {
+    return m_namespaceAliases;
+}
+const CNamespaceAliasMap& CSerializationContext::GetNamespaceAliases() const {
+    return m_namespaceAliases;
+}
 
-std::vector<std::string>& CSerializationContext::GetProcessingInstructions() { return m_processingInstructions; }
+std::vector<std::string>& CSerializationContext::GetProcessingInstructions() {
+    return m_processingInstructions;
+}
 const std::vector<std::string>& CSerializationContext::GetProcessingInstructions() const {
     return m_processingInstructions;
 }
 
-std::string CSerializationContext::GetInLineSchema() const { return m_inLineSchema; }
-void CSerializationContext::SetInLineSchema(const char* schema) { m_inLineSchema = OrEmpty(schema); }
+std::string CSerializationContext::GetInLineSchema() const {
+    return m_inLineSchema;
+}
+void CSerializationContext::SetInLineSchema(const char* schema) {
+    m_inLineSchema = OrEmpty(schema);
+}
 
-bool CSerializationContext::GetIgnoreInvalidCollectionCounts() const { return m_ignoreInvalidCollectionCounts; }
-void CSerializationContext::SetIgnoreInvalidCollectionCounts(bool value) { m_ignoreInvalidCollectionCounts = value; }
+bool CSerializationContext::GetIgnoreInvalidCollectionCounts() const {
+    return m_ignoreInvalidCollectionCounts;
+}
+void CSerializationContext::SetIgnoreInvalidCollectionCounts(bool value) {
+    m_ignoreInvalidCollectionCounts = value;
+}
 
-bool CSerializationContext::GetIgnoreMissingChoice() const { return m_ignoreMissingChoice; }
-void CSerializationContext::SetIgnoreMissingChoice(bool value) { m_ignoreMissingChoice = value; }
+bool CSerializationContext::GetIgnoreMissingChoice() const {
+    return m_ignoreMissingChoice;
+}
+void CSerializationContext::SetIgnoreMissingChoice(bool value) {
+    m_ignoreMissingChoice = value;
+}
 
-bool CSerializationContext::GetIgnoreMissingMandatoryElements() const { return m_ignoreMissingMandatoryElements; }
+bool CSerializationContext::GetIgnoreMissingMandatoryElements() const {
+    return m_ignoreMissingMandatoryElements;
+}
 void CSerializationContext::SetIgnoreMissingMandatoryElements(bool value) {
     if (value && m_ignoreUnknownElements)
         throw CQzInvalidStateException(kMsgIgnoreBothMissing);
     m_ignoreMissingMandatoryElements = value;
 }
 
-bool CSerializationContext::GetIgnoreUnknownElements() const { return m_ignoreUnknownElements; }
+bool CSerializationContext::GetIgnoreUnknownElements() const {
+    return m_ignoreUnknownElements;
+}
 void CSerializationContext::SetIgnoreUnknownElements(bool value) {
     if (value && m_ignoreMissingMandatoryElements)
         throw CQzInvalidStateException(kMsgIgnoreBothUnknown);
     m_ignoreUnknownElements = value;
 }
 
-bool CSerializationContext::GetIgnoreUnknownAttributes() const { return m_ignoreUnknownAttributes; }
-void CSerializationContext::SetIgnoreUnknownAttributes(bool value) { m_ignoreUnknownAttributes = value; }
+bool CSerializationContext::GetIgnoreUnknownAttributes() const {
+    return m_ignoreUnknownAttributes;
+}
+void CSerializationContext::SetIgnoreUnknownAttributes(bool value) {
+    m_ignoreUnknownAttributes = value;
+}
 
 bool CSerializationContext::GetIgnoreNamespaces() const {
     return m_ignoreNamespaces || m_schemaType == SchemaTypeNoNamespaces;
 }
-void CSerializationContext::SetIgnoreNamespaces(bool value) { m_ignoreNamespaces = value; }
+void CSerializationContext::SetIgnoreNamespaces(bool value) {
+    m_ignoreNamespaces = value;
+}
 
-SchemaType CSerializationContext::GetSchemaType() const { return m_schemaType; }
-void CSerializationContext::SetSchemaType(SchemaType type) { m_schemaType = type; }
+SchemaType CSerializationContext::GetSchemaType() const {
+    return m_schemaType;
+}
+void CSerializationContext::SetSchemaType(SchemaType type) {
+    m_schemaType = type;
+}
 
-bool CSerializationContext::GetNoOptionalAttributeDefaultOutput() const { return m_noOptionalAttributeDefaultOutput; }
+bool CSerializationContext::GetNoOptionalAttributeDefaultOutput() const {
+    return m_noOptionalAttributeDefaultOutput;
+}
 void CSerializationContext::SetNoOptionalAttributeDefaultOutput(bool value) {
     m_noOptionalAttributeDefaultOutput = value;
 }
 
-bool CSerializationContext::GetWriteDefaultElementValues() const { return m_writeDefaultElementValues; }
-void CSerializationContext::SetWriteDefaultElementValues(bool value) { m_writeDefaultElementValues = value; }
+bool CSerializationContext::GetWriteDefaultElementValues() const {
+    return m_writeDefaultElementValues;
+}
+void CSerializationContext::SetWriteDefaultElementValues(bool value) {
+    m_writeDefaultElementValues = value;
+}
 
-bool CSerializationContext::GetStripCDATA() const { return m_stripCDATA; }
-void CSerializationContext::SetStripCDATA(bool value) { m_stripCDATA = value; }
+bool CSerializationContext::GetStripCDATA() const {
+    return m_stripCDATA;
+}
+void CSerializationContext::SetStripCDATA(bool value) {
+    m_stripCDATA = value;
+}
 
-std::string CSerializationContext::GetIndentChars() const { return m_indentChars; }
+std::string CSerializationContext::GetIndentChars() const {
+    return m_indentChars;
+}
 void CSerializationContext::SetIndentChars(const char* chars) {
     const char* text = OrEmpty(chars);
     for (const char* p = text; *p; ++p) {

@@ -22,7 +22,9 @@ const char kMsgChoiceSet[] =
     "The Property [%s] is already set. Only one element within this class bay be set at a time";
 const char kMsgNotAvailable[] = "%s is not available in this build";
 
-inline const char* OrEmpty(const char* text) { return text ? text : ""; }
+inline const char* OrEmpty(const char* text) {
+    return text ? text : "";
+}
 
 // Fills the object from the document element of a loaded document.
 void ReadDocument(CXmlObjectBase* object, CXmlDocument& document, const CSerializationContext& context) {
@@ -36,8 +38,8 @@ void ReadDocument(CXmlObjectBase* object, CXmlDocument& document, const CSeriali
 
 CXmlObjectBase::CXmlObjectBase() : m_refCount(0) {}
 
-CXmlObjectBase::CXmlObjectBase(const CXmlObjectBase& other) : IEventSink(other), m_elementName(other.m_elementName),
-                                                              m_refCount(0) {}
+CXmlObjectBase::CXmlObjectBase(const CXmlObjectBase& other)
+    : IEventSink(other), m_elementName(other.m_elementName), m_refCount(0) {}
 
 CXmlObjectBase& CXmlObjectBase::operator=(const CXmlObjectBase& other) {
     m_elementName = other.m_elementName;
@@ -64,11 +66,17 @@ int32_t CXmlObjectBase::Release() {
 
 void CXmlObjectBase::OnEvent(CXmlObjectBase*, IEventSink::MsgType, void*) {}
 
-std::string CXmlObjectBase::GetElementName() const { return m_elementName; }
+std::string CXmlObjectBase::GetElementName() const {
+    return m_elementName;
+}
 
-void CXmlObjectBase::SetElementName(const char* name) { m_elementName = OrEmpty(name); }
+void CXmlObjectBase::SetElementName(const char* name) {
+    m_elementName = OrEmpty(name);
+}
 
-CXmlObjectBase* CXmlObjectBase::GetBase() const { return const_cast<CXmlObjectBase*>(this)->GetBase(); }
+CXmlObjectBase* CXmlObjectBase::GetBase() const {
+    return const_cast<CXmlObjectBase*>(this)->GetBase();
+}
 
 // --- Static forwarders
 
@@ -82,8 +90,8 @@ void CXmlObjectBase::ToXml_Int(const CXmlObjectBase* object, CXmlWriter* writer,
     object->ToXml_Int(writer, isRoot, ns, context, inChoice);
 }
 
-CXmlElement* CXmlObjectBase::FromXml_Int(CXmlObjectBase* object, CXmlElement* element, CXmlElement* firstChild,
-                                         const CSerializationContext& context) {
+CXmlElement* CXmlObjectBase::FromXml_Int(CXmlObjectBase* object, CXmlElement* element,
+                                         CXmlElement* firstChild, const CSerializationContext& context) {
     return object->FromXml_Int(element, firstChild, context, false);
 }
 
@@ -109,7 +117,8 @@ void CXmlObjectBase::FromXml(const wchar_t* text, const CSerializationContext& c
     ReadDocument(this, document, context);
 }
 
-void CXmlObjectBase::FromXmlStream(unsigned char* bytes, unsigned long length, const CSerializationContext& context) {
+void CXmlObjectBase::FromXmlStream(unsigned char* bytes, unsigned long length,
+                                   const CSerializationContext& context) {
     CXmlDocument document(context);
     document.LoadXmlStream(bytes, length);
     ReadDocument(this, document, context);

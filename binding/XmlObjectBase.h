@@ -29,11 +29,11 @@ class CXmlWriter;
 class IEventSink {
 public:
     enum MsgType {
-        MsgCollectionChange = 0,         // data: null
-        MsgCollectionAdd = 1,            // data: the item being added
-        MsgCollectionAddComplete = 2,    // data: the item added
-        MsgCollectionRemove = 3,         // data: int* index, or null for index -1
-        MsgCollectionRemoveComplete = 4  // data: int* index, or null for index -1
+        MsgCollectionChange = 0,        // data: null
+        MsgCollectionAdd = 1,           // data: the item being added
+        MsgCollectionAddComplete = 2,   // data: the item added
+        MsgCollectionRemove = 3,        // data: int* index, or null for index -1
+        MsgCollectionRemoveComplete = 4 // data: int* index, or null for index -1
     };
 
     virtual void OnEvent(CXmlObjectBase* source, MsgType type, void* data) = 0;
@@ -76,34 +76,39 @@ public:
                            const CSerializationContext& context = CSerializationContext::m_defaultContext,
                            CompressionType compression = CompressionNone) const;
     // Writes the object as a Fast Infoset document to a file.
-    virtual void ToFastInfosetFile(const char* path, FInfoDecl decl = FInfoDeclNone,
-                                   const CSerializationContext& context = CSerializationContext::m_defaultContext,
-                                   CompressionType compression = CompressionNone) const;
+    virtual void
+    ToFastInfosetFile(const char* path, FInfoDecl decl = FInfoDeclNone,
+                      const CSerializationContext& context = CSerializationContext::m_defaultContext,
+                      CompressionType compression = CompressionNone) const;
     // Writes the object as JSON text to a file.
     virtual void ToJsonFile(const char* path, bool format = true, XmlEncoding encoding = EncodingUTF8,
                             EOLType eol = EOLLf,
                             const CSerializationContext& context = CSerializationContext::m_defaultContext,
                             CompressionType compression = CompressionNone) const;
     // The object as XML text in the local code page.
-    virtual std::string ToXml(bool decl = true, bool format = true, EOLType eol = EOLLf,
-                              const CSerializationContext& context = CSerializationContext::m_defaultContext) const;
+    virtual std::string
+    ToXml(bool decl = true, bool format = true, EOLType eol = EOLLf,
+          const CSerializationContext& context = CSerializationContext::m_defaultContext) const;
     // The object as JSON text in the local code page.
-    virtual std::string ToJson(bool format = true, EOLType eol = EOLLf,
-                               const CSerializationContext& context = CSerializationContext::m_defaultContext) const;
+    virtual std::string
+    ToJson(bool format = true, EOLType eol = EOLLf,
+           const CSerializationContext& context = CSerializationContext::m_defaultContext) const;
     // The object as XML text in bytes of the given encoding, compressed if asked.
-    virtual CBinaryData ToXmlStream(bool decl = true, bool format = true, XmlEncoding encoding = EncodingUTF8,
-                                    EOLType eol = EOLLf,
-                                    const CSerializationContext& context = CSerializationContext::m_defaultContext,
-                                    CompressionType compression = CompressionNone) const;
+    virtual CBinaryData
+    ToXmlStream(bool decl = true, bool format = true, XmlEncoding encoding = EncodingUTF8,
+                EOLType eol = EOLLf,
+                const CSerializationContext& context = CSerializationContext::m_defaultContext,
+                CompressionType compression = CompressionNone) const;
     // The object as Fast Infoset bytes, compressed if asked.
     virtual CBinaryData
     ToFastInfosetStream(FInfoDecl decl = FInfoDeclNone,
                         const CSerializationContext& context = CSerializationContext::m_defaultContext,
                         CompressionType compression = CompressionNone) const;
     // The object as JSON text in bytes of the given encoding, compressed if asked.
-    virtual CBinaryData ToJsonStream(bool format = true, XmlEncoding encoding = EncodingUTF8, EOLType eol = EOLLf,
-                                     const CSerializationContext& context = CSerializationContext::m_defaultContext,
-                                     CompressionType compression = CompressionNone) const;
+    virtual CBinaryData
+    ToJsonStream(bool format = true, XmlEncoding encoding = EncodingUTF8, EOLType eol = EOLLf,
+                 const CSerializationContext& context = CSerializationContext::m_defaultContext,
+                 CompressionType compression = CompressionNone) const;
 
     // --- Input. Each fills the object in place; a failed read throws CQzException and leaves the
     // object partly filled.
@@ -128,21 +133,27 @@ public:
     virtual void FromJson(const wchar_t* text,
                           const CSerializationContext& context = CSerializationContext::m_defaultContext);
     // Reads XML, Fast Infoset or compressed bytes; the bytes are copied.
-    virtual void FromXmlStream(unsigned char* bytes, unsigned long length,
-                               const CSerializationContext& context = CSerializationContext::m_defaultContext);
-    virtual void FromXmlStream(const CBinaryData& data,
-                               const CSerializationContext& context = CSerializationContext::m_defaultContext);
+    virtual void
+    FromXmlStream(unsigned char* bytes, unsigned long length,
+                  const CSerializationContext& context = CSerializationContext::m_defaultContext);
+    virtual void
+    FromXmlStream(const CBinaryData& data,
+                  const CSerializationContext& context = CSerializationContext::m_defaultContext);
     // Reads JSON bytes.
-    virtual void FromJsonStream(unsigned char* bytes, unsigned long length,
-                                const CSerializationContext& context = CSerializationContext::m_defaultContext);
-    virtual void FromJsonStream(const CBinaryData& data,
-                                const CSerializationContext& context = CSerializationContext::m_defaultContext);
+    virtual void
+    FromJsonStream(unsigned char* bytes, unsigned long length,
+                   const CSerializationContext& context = CSerializationContext::m_defaultContext);
+    virtual void
+    FromJsonStream(const CBinaryData& data,
+                   const CSerializationContext& context = CSerializationContext::m_defaultContext);
     // Reads from an element of a tree that the caller keeps; no document is made.
-    virtual void FromXmlElement(const CXmlElement* element,
-                                const CSerializationContext& context = CSerializationContext::m_defaultContext);
+    virtual void
+    FromXmlElement(const CXmlElement* element,
+                   const CSerializationContext& context = CSerializationContext::m_defaultContext);
     // Reads from an any-element.
-    virtual void FromXmlElement(const CElement* element,
-                                const CSerializationContext& context = CSerializationContext::m_defaultContext);
+    virtual void
+    FromXmlElement(const CElement* element,
+                   const CSerializationContext& context = CSerializationContext::m_defaultContext);
 
     virtual ~CXmlObjectBase();
 
@@ -197,8 +208,8 @@ protected:
     // Writes the attributes of the object. Does nothing in this class.
     virtual void AttributesToXml_Int(CXmlWriter* writer, const CSerializationContext& context) const;
     // Writes the object as an element.
-    virtual void ToXml_Int(CXmlWriter* writer, bool isRoot, const char* ns, const CSerializationContext& context,
-                           bool inChoice) const = 0;
+    virtual void ToXml_Int(CXmlWriter* writer, bool isRoot, const char* ns,
+                           const CSerializationContext& context, bool inChoice) const = 0;
     // Reads the object from an element; returns the first child not consumed.
     virtual CXmlElement* FromXml_Int(CXmlElement* element, CXmlElement* firstChild,
                                      const CSerializationContext& context, bool inChoice) = 0;

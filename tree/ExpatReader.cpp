@@ -61,7 +61,8 @@ inline SplitName Split(const char* name, size_t length) {
     const char* bar = static_cast<const char*>(std::memchr(name, kNamespaceSeparator, length));
     if (!bar)
         return SplitName{"", 0, name, length};
-    return SplitName{name, static_cast<size_t>(bar - name), bar + 1, length - static_cast<size_t>(bar - name) - 1};
+    return SplitName{name, static_cast<size_t>(bar - name), bar + 1,
+                     length - static_cast<size_t>(bar - name) - 1};
 }
 
 } // namespace
@@ -230,9 +231,9 @@ void CExpatReader::StartElement(const char* name, const char** atts) {
         SplitName parts = Split(name, nameLength);
         element = m_pDocument->OpenElement(parts.uri, parts.uriLength, parts.local, parts.localLength);
     } else {
-        std::string converted = CEncoder::Utf8ToLocalCodePage(reinterpret_cast<unsigned char*>(const_cast<char*>(name)),
-                                                              static_cast<int>(nameLength), wide, kWideUnits, narrow,
-                                                              kNarrowSize);
+        std::string converted = CEncoder::Utf8ToLocalCodePage(
+            reinterpret_cast<unsigned char*>(const_cast<char*>(name)), static_cast<int>(nameLength), wide,
+            kWideUnits, narrow, kNarrowSize);
         SplitName parts = Split(converted.data(), converted.size());
         element = m_pDocument->OpenElement(parts.uri, parts.uriLength, parts.local, parts.localLength);
     }
@@ -248,17 +249,17 @@ void CExpatReader::StartElement(const char* name, const char** atts) {
             parts = Split(attName, attNameLength);
         } else {
             convertedName = CEncoder::Utf8ToLocalCodePage(
-                reinterpret_cast<unsigned char*>(const_cast<char*>(attName)), static_cast<int>(attNameLength), wide,
-                kWideUnits, narrow, kNarrowSize);
+                reinterpret_cast<unsigned char*>(const_cast<char*>(attName)), static_cast<int>(attNameLength),
+                wide, kWideUnits, narrow, kNarrowSize);
             parts = Split(convertedName.data(), convertedName.size());
         }
         std::string value;
         if (IsAscii(attValue, attValueLength))
             value.assign(attValue, attValueLength);
         else
-            value = CEncoder::Utf8ToLocalCodePage(reinterpret_cast<unsigned char*>(const_cast<char*>(attValue)),
-                                                  static_cast<int>(attValueLength), wide, kWideUnits, narrow,
-                                                  kNarrowSize);
+            value = CEncoder::Utf8ToLocalCodePage(
+                reinterpret_cast<unsigned char*>(const_cast<char*>(attValue)),
+                static_cast<int>(attValueLength), wide, kWideUnits, narrow, kNarrowSize);
         m_pDocument->AddElementAttribute(element, std::string(parts.local, parts.localLength), value,
                                          std::string(parts.uri, parts.uriLength));
     }
@@ -277,11 +278,11 @@ void CExpatReader::Text(const char* text, int length) {
         m_pDocument->AppendTextExcludingCR(element, text, static_cast<unsigned long>(length));
         return;
     }
-    std::string converted =
-        CEncoder::Utf8ToLocalCodePage(reinterpret_cast<unsigned char*>(const_cast<char*>(text)), length,
-                                      reinterpret_cast<wchar_t*>(m_pScratch), kWideUnits, m_pScratch + kNarrowSize,
-                                      kNarrowSize);
-    m_pDocument->AppendTextExcludingCR(element, converted.data(), static_cast<unsigned long>(converted.size()));
+    std::string converted = CEncoder::Utf8ToLocalCodePage(
+        reinterpret_cast<unsigned char*>(const_cast<char*>(text)), length,
+        reinterpret_cast<wchar_t*>(m_pScratch), kWideUnits, m_pScratch + kNarrowSize, kNarrowSize);
+    m_pDocument->AppendTextExcludingCR(element, converted.data(),
+                                       static_cast<unsigned long>(converted.size()));
 }
 
 } // namespace QzXmlLib16

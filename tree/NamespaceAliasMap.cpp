@@ -8,7 +8,9 @@ namespace QzXmlLib16 {
 namespace {
 
 // Argument handling
-inline const char* OrEmpty(const char* text) { return text ? text : ""; }
+inline const char* OrEmpty(const char* text) {
+    return text ? text : "";
+}
 
 } // namespace
 
@@ -16,9 +18,13 @@ CNamespaceAliasMap::CNamespaceAliasMap() {}
 
 CNamespaceAliasMap::~CNamespaceAliasMap() {}
 
-void CNamespaceAliasMap::Add(const char* alias, const char* uri) { m_aliases[OrEmpty(uri)] = OrEmpty(alias); }
+void CNamespaceAliasMap::Add(const char* alias, const char* uri) {
+    m_aliases[OrEmpty(uri)] = OrEmpty(alias);
+}
 
-void CNamespaceAliasMap::RemoveNamespace(const char* uri) { m_aliases.erase(OrEmpty(uri)); }
+void CNamespaceAliasMap::RemoveNamespace(const char* uri) {
+    m_aliases.erase(OrEmpty(uri));
+}
 
 std::string CNamespaceAliasMap::GetNamespaceFromAlias(const char* alias) const {
     const char* wanted = OrEmpty(alias);
@@ -29,7 +35,9 @@ std::string CNamespaceAliasMap::GetNamespaceFromAlias(const char* alias) const {
     throw CQzException(FormatString("Namespace alias [%s] not found", wanted));
 }
 
-std::string CNamespaceAliasMap::GetAliasFromNamespace(const char* uri) const { return m_aliases[OrEmpty(uri)]; }
+std::string CNamespaceAliasMap::GetAliasFromNamespace(const char* uri) const {
+    return m_aliases[OrEmpty(uri)];
+}
 
 bool CNamespaceAliasMap::DoesNamespaceExist(const char* uri) const {
     return m_aliases.find(OrEmpty(uri)) != m_aliases.end();
@@ -44,7 +52,9 @@ bool CNamespaceAliasMap::DoesAliasExist(const char* alias) const {
     return false;
 }
 
-int CNamespaceAliasMap::GetNamespaceCount() const { return static_cast<int>(m_aliases.size()); }
+int CNamespaceAliasMap::GetNamespaceCount() const {
+    return static_cast<int>(m_aliases.size());
+}
 
 std::string CNamespaceAliasMap::GetNamespaceAt(int index) const {
     if (index < 0 || static_cast<size_t>(index) >= m_aliases.size())

@@ -18,8 +18,8 @@ bool IsInstanceOrXmlnsNamespace(const std::string& uri) {
 
 } // namespace
 
-CXmlAttribute::CXmlAttribute(const CXmlElement* element, const std::string& localName, const std::string& value,
-                             const std::string& uri)
+CXmlAttribute::CXmlAttribute(const CXmlElement* element, const std::string& localName,
+                             const std::string& value, const std::string& uri)
     : CInstanceMonitor("CXmlAttribute"), m_pElement(element), m_localName(localName), m_value(value),
       m_namespaceURI(uri) {}
 
@@ -51,6 +51,8 @@ bool CXmlAttribute::IsNamespaceAttribute() const {
            m_localName == "noNamespaceSchemaLocation";
 }
 
-bool CXmlAttribute::IsNilAttribute() const { return IsInstanceOrXmlnsNamespace(m_namespaceURI) && m_localName == "nil"; }
+bool CXmlAttribute::IsNilAttribute() const {
+    return IsInstanceOrXmlnsNamespace(m_namespaceURI) && m_localName == "nil";
+}
 
 } // namespace QzXmlLib16

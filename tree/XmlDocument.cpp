@@ -16,7 +16,9 @@ namespace QzXmlLib16 {
 
 bool ASYNC_FROMXMLFILE = false;
 
-void AsyncFromXmlFile(bool async) { ASYNC_FROMXMLFILE = async; }
+void AsyncFromXmlFile(bool async) {
+    ASYNC_FROMXMLFILE = async;
+}
 
 long _filelength(FILE* file) {
     long here = std::ftell(file);
@@ -38,7 +40,9 @@ const char kMsgStreamEmpty[] = "XML Stream is empty!";
 const char kMsgStringEmpty[] = "XML String is empty!";
 const char kMsgNoOpenElement[] = "An element can only be added inside an open element";
 
-inline const char* OrEmpty(const char* text) { return text ? text : ""; }
+inline const char* OrEmpty(const char* text) {
+    return text ? text : "";
+}
 
 // Files
 struct FileCloser {
@@ -56,7 +60,8 @@ typedef std::unique_ptr<FILE, FileCloser> FilePtr;
 // --- Construction and cleanup
 
 CXmlDocument::CXmlDocument()
-    : CInstanceMonitor("CXmlDocument"), m_pElementCallback(nullptr), m_pContext(&CSerializationContext::m_defaultContext) {
+    : CInstanceMonitor("CXmlDocument"), m_pElementCallback(nullptr),
+      m_pContext(&CSerializationContext::m_defaultContext) {
     Init();
 }
 
@@ -76,7 +81,9 @@ CXmlDocument::CXmlDocument(ElementCallback callback, const CSerializationContext
     Init();
 }
 
-CXmlDocument::~CXmlDocument() { CXmlDocument::Cleanup(); }
+CXmlDocument::~CXmlDocument() {
+    CXmlDocument::Cleanup();
+}
 
 void CXmlDocument::Init() {
     m_pBuffer = nullptr;
@@ -183,7 +190,9 @@ void CXmlDocument::LoadXml(const wchar_t* text) {
     ParseText();
 }
 
-void CXmlDocument::Parse() { ParseText(); }
+void CXmlDocument::Parse() {
+    ParseText();
+}
 
 void CXmlDocument::ParseText() {
     CExpatReader reader(*this);
@@ -207,7 +216,9 @@ std::string CXmlDocument::LookupAliasFromNamespace(const char* uri) const {
     return std::string();
 }
 
-void CXmlDocument::AddNamespace(const std::string& prefix, const std::string& uri) { m_namespaceMap[prefix] = uri; }
+void CXmlDocument::AddNamespace(const std::string& prefix, const std::string& uri) {
+    m_namespaceMap[prefix] = uri;
+}
 
 // --- Building
 
@@ -255,8 +266,8 @@ void CXmlDocument::EndElement() {
         delete m_openElements.back()->RemoveLastChildElement();
 }
 
-void CXmlDocument::AddElementAttribute(CXmlElement* element, const std::string& localName, const std::string& value,
-                                       const std::string& uri) {
+void CXmlDocument::AddElementAttribute(CXmlElement* element, const std::string& localName,
+                                       const std::string& value, const std::string& uri) {
     if (element)
         element->AddAttribute(localName, value, uri);
 }

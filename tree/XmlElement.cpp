@@ -44,7 +44,8 @@ CXmlElement* CXmlElement::CreateNewChildElement() {
     return child;
 }
 
-void CXmlElement::AddAttribute(const std::string& localName, const std::string& value, const std::string& uri) {
+void CXmlElement::AddAttribute(const std::string& localName, const std::string& value,
+                               const std::string& uri) {
     m_attributes.reserve(m_attributes.size() + 1);
     m_attributes.push_back(new CXmlAttribute(this, localName, value, uri));
 }
@@ -64,9 +65,13 @@ void CXmlElement::AppendText(const char* text, int length) {
     m_text.append(text, static_cast<size_t>(length));
 }
 
-void CXmlElement::SetElementName(const std::string& localName) { m_localName = localName; }
+void CXmlElement::SetElementName(const std::string& localName) {
+    m_localName = localName;
+}
 
-void CXmlElement::SetNamespace(const std::string& uri) { m_namespaceURI = uri; }
+void CXmlElement::SetNamespace(const std::string& uri) {
+    m_namespaceURI = uri;
+}
 
 const std::string& CXmlElement::GetAttribute(const std::string& localName, const std::string& uri) const {
     static const std::string kEmpty;

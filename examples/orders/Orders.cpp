@@ -23,7 +23,7 @@ namespace {
 // Messages
 const char kMsgMissingElement[] = "The mandatory element [%s] is missing";
 const char kMsgUnexpectedElement[] = "The element [%s] is not expected here";
-const char kMsgWrongElement[] = "The element [%s] was expected, found [%s]";
+const char kMsgWrongElement[] = "The element [{%s}%s] was expected, found [{%s}%s]";
 const char kMsgMissingAttribute[] = "The mandatory attribute [%s] is missing";
 const char kMsgUnexpectedAttribute[] = "The attribute [%s] is not expected here";
 const char kMsgBadInt[] = "The value [%s] is not a valid int";
@@ -130,7 +130,8 @@ private:
 
 // Refuses attributes other than the listed ones (a null-ended list) and the schema-instance
 // ones, unless the context ignores unknown attributes.
-void CheckAttributes(const CXmlElement* element, const char* const* known, const CSerializationContext& context) {
+void CheckAttributes(const CXmlElement* element, const char* const* known,
+                     const CSerializationContext& context) {
     if (context.GetIgnoreUnknownAttributes())
         return;
     for (const CXmlAttribute* attribute : element->GetAttributes()) {
@@ -140,8 +141,9 @@ void CheckAttributes(const CXmlElement* element, const char* const* known, const
         for (const char* const* name = known; *name && !found; ++name)
             found = attribute->GetNamespaceURI().empty() && attribute->GetLocalName() == *name;
         if (!found)
-            throw CQzValidationException(FormatString(kMsgUnexpectedAttribute, attribute->GetLocalName().c_str()),
-                                         attribute->GetXPath());
+            throw CQzValidationException(
+                FormatString(kMsgUnexpectedAttribute, attribute->GetLocalName().c_str()),
+                attribute->GetXPath());
     }
 }
 
@@ -152,7 +154,8 @@ void Begin(CXmlObjectBase* object, const CXmlElement* element) {
 
 // Reads a child object of class T from a mandatory element; null when it is missing and the
 // context lets that pass.
-template <class T> CSmartPtr<T> ReadChild(ChildCursor& cursor, const char* name, const CSerializationContext& context) {
+template <class T>
+CSmartPtr<T> ReadChild(ChildCursor& cursor, const char* name, const CSerializationContext& context) {
     CXmlElement* element = cursor.Take(name);
     if (!element)
         return CSmartPtr<T>();
@@ -165,13 +168,19 @@ template <class T> CSmartPtr<T> ReadChild(ChildCursor& cursor, const char* name,
 
 // --- Common base
 
-std::string COrdersObject::GetTargetNamespace() const { return kOrdersNamespace; }
+std::string COrdersObject::GetTargetNamespace() const {
+    return kOrdersNamespace;
+}
 
-std::string COrdersObject::GetNamespace() const { return kOrdersNamespace; }
+std::string COrdersObject::GetNamespace() const {
+    return kOrdersNamespace;
+}
 
 // --- Address
 
-CAddress::CAddress() { SetElementName("address"); }
+CAddress::CAddress() {
+    SetElementName("address");
+}
 
 void CAddress::Init() {
     m_street.clear();
@@ -194,7 +203,9 @@ CXmlElement* CAddress::FromXml_Int(CXmlElement* element, CXmlElement* firstChild
 
 // --- Customer
 
-CCustomer::CCustomer() { SetElementName("customer"); }
+CCustomer::CCustomer() {
+    SetElementName("customer");
+}
 
 void CCustomer::Init() {
     m_name.clear();
@@ -223,7 +234,9 @@ CXmlElement* CCustomer::FromXml_Int(CXmlElement* element, CXmlElement* firstChil
 
 // --- Item
 
-CItem::CItem() : m_qty(0), m_hasNote(false) { SetElementName("item"); }
+CItem::CItem() : m_qty(0), m_hasNote(false) {
+    SetElementName("item");
+}
 
 void CItem::Init() {
     m_sku.clear();
@@ -232,8 +245,8 @@ void CItem::Init() {
     ClearNote();
 }
 
-CXmlElement* CItem::FromXml_Int(CXmlElement* element, CXmlElement* firstChild, const CSerializationContext& context,
-                                bool) {
+CXmlElement* CItem::FromXml_Int(CXmlElement* element, CXmlElement* firstChild,
+                                const CSerializationContext& context, bool) {
     Init();
     Begin(this, element);
     static const char* const kAttributes[] = {nullptr};
@@ -250,10 +263,12 @@ CXmlElement* CItem::FromXml_Int(CXmlElement* element, CXmlElement* firstChild, c
 
 // --- Items
 
-CItems::CItems() { SetElementName("items"); }
+CItems::CItems() {
+    SetElementName("items");
+}
 
-CXmlElement* CItems::FromXml_Int(CXmlElement* element, CXmlElement* firstChild, const CSerializationContext& context,
-                                 bool) {
+CXmlElement* CItems::FromXml_Int(CXmlElement* element, CXmlElement* firstChild,
+                                 const CSerializationContext& context, bool) {
     m_items.clear();
     Begin(this, element);
     static const char* const kAttributes[] = {nullptr};
@@ -273,7 +288,9 @@ CXmlElement* CItems::FromXml_Int(CXmlElement* element, CXmlElement* firstChild, 
 
 // --- Order
 
-COrder::COrder() : m_id(0), m_hasStatus(false), m_paid(false) { SetElementName("order"); }
+COrder::COrder() : m_id(0), m_hasStatus(false), m_paid(false) {
+    SetElementName("order");
+}
 
 void COrder::Init() {
     m_id = 0;
@@ -330,14 +347,18 @@ CXmlElement* COrder::FromXml_Int(CXmlElement* element, CXmlElement* firstChild,
 
 // --- Orders
 
-COrders::COrders() { SetElementName("orders"); }
+COrders::COrders() {
+    SetElementName("orders");
+}
 
 CXmlElement* COrders::FromXml_Int(CXmlElement* element, CXmlElement* firstChild,
                                   const CSerializationContext& context, bool) {
     m_orders.clear();
     ChildCursor root(nullptr, element, context);
     if (!root.Is(element, "orders"))
-        throw CQzValidationException(FormatString(kMsgWrongElement, "orders", element->GetQName().c_str()),
+        throw CQzValidationException(FormatString(kMsgWrongElement, kOrdersNamespace, "orders",
+                                                  element->GetNamespaceURI().c_str(),
+                                                  element->GetLocalName().c_str()),
                                      element->GetXPath());
     Begin(this, element);
     static const char* const kAttributes[] = {nullptr};

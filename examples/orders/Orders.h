@@ -45,8 +45,8 @@ public:
 protected:
     void ToXml_Int(CXmlWriter* writer, bool isRoot, const char* ns, const CSerializationContext& context,
                    bool inChoice) const override;
-    CXmlElement* FromXml_Int(CXmlElement* element, CXmlElement* firstChild, const CSerializationContext& context,
-                             bool inChoice) override;
+    CXmlElement* FromXml_Int(CXmlElement* element, CXmlElement* firstChild,
+                             const CSerializationContext& context, bool inChoice) override;
 
 private:
     void Init();
@@ -72,8 +72,8 @@ public:
 protected:
     void ToXml_Int(CXmlWriter* writer, bool isRoot, const char* ns, const CSerializationContext& context,
                    bool inChoice) const override;
-    CXmlElement* FromXml_Int(CXmlElement* element, CXmlElement* firstChild, const CSerializationContext& context,
-                             bool inChoice) override;
+    CXmlElement* FromXml_Int(CXmlElement* element, CXmlElement* firstChild,
+                             const CSerializationContext& context, bool inChoice) override;
 
 private:
     void Init();
@@ -108,8 +108,8 @@ public:
 protected:
     void ToXml_Int(CXmlWriter* writer, bool isRoot, const char* ns, const CSerializationContext& context,
                    bool inChoice) const override;
-    CXmlElement* FromXml_Int(CXmlElement* element, CXmlElement* firstChild, const CSerializationContext& context,
-                             bool inChoice) override;
+    CXmlElement* FromXml_Int(CXmlElement* element, CXmlElement* firstChild,
+                             const CSerializationContext& context, bool inChoice) override;
 
 private:
     void Init();
@@ -131,8 +131,8 @@ public:
 protected:
     void ToXml_Int(CXmlWriter* writer, bool isRoot, const char* ns, const CSerializationContext& context,
                    bool inChoice) const override;
-    CXmlElement* FromXml_Int(CXmlElement* element, CXmlElement* firstChild, const CSerializationContext& context,
-                             bool inChoice) override;
+    CXmlElement* FromXml_Int(CXmlElement* element, CXmlElement* firstChild,
+                             const CSerializationContext& context, bool inChoice) override;
 
 private:
     std::vector<CSmartPtr<CItem>> m_items;
@@ -167,8 +167,8 @@ public:
 protected:
     void ToXml_Int(CXmlWriter* writer, bool isRoot, const char* ns, const CSerializationContext& context,
                    bool inChoice) const override;
-    CXmlElement* FromXml_Int(CXmlElement* element, CXmlElement* firstChild, const CSerializationContext& context,
-                             bool inChoice) override;
+    CXmlElement* FromXml_Int(CXmlElement* element, CXmlElement* firstChild,
+                             const CSerializationContext& context, bool inChoice) override;
 
 private:
     void Init();
@@ -193,8 +193,8 @@ public:
 protected:
     void ToXml_Int(CXmlWriter* writer, bool isRoot, const char* ns, const CSerializationContext& context,
                    bool inChoice) const override;
-    CXmlElement* FromXml_Int(CXmlElement* element, CXmlElement* firstChild, const CSerializationContext& context,
-                             bool inChoice) override;
+    CXmlElement* FromXml_Int(CXmlElement* element, CXmlElement* firstChild,
+                             const CSerializationContext& context, bool inChoice) override;
 
 private:
     std::vector<CSmartPtr<COrder>> m_orders;

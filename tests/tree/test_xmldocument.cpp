@@ -76,7 +76,8 @@ TEST(CXmlDocumentText, WhitespaceBetweenElementsStaysWithParent) {
 
 TEST(CXmlDocumentText, CommentsAndProcessingInstructionsLeaveNoTrace) {
     CXmlDocument doc;
-    doc.LoadXml("<?xml version=\"1.0\"?><!DOCTYPE a><!-- c --><a>one<!-- middle -->two<?pi data?>three</a><!-- e -->");
+    doc.LoadXml("<?xml version=\"1.0\"?><!DOCTYPE a><!-- c --><a>one<!-- middle -->two<?pi "
+                "data?>three</a><!-- e -->");
     CXmlElement* a = doc.GetDocumentElement();
     EXPECT_EQ("onetwothree", a->GetText());
     EXPECT_EQ(nullptr, a->GetFirstElement());
@@ -263,7 +264,8 @@ TEST(CXmlDocumentNames, NonAsciiInTheCLocaleBecomesQuestionMark) {
 // --- Load forms
 
 TEST(CXmlDocumentLoad, StreamAndFileGiveTheSameTree) {
-    const std::string xml = "<?xml version=\"1.0\"?>\n<a xmlns=\"urn:a\"><b id=\"1\">t</b><b id=\"2\"/></a>\n";
+    const std::string xml =
+        "<?xml version=\"1.0\"?>\n<a xmlns=\"urn:a\"><b id=\"1\">t</b><b id=\"2\"/></a>\n";
     TempFile file(xml);
     CXmlDocument fromFile;
     fromFile.Load(file.Path());
@@ -413,10 +415,12 @@ TEST(CXmlDocumentErrors, UndeclaredPrefix) {
 
 TEST(CXmlDocumentErrors, InvalidUtf8) {
     CXmlDocument doc;
-    EXPECT_EQ("not well-formed (invalid token) at line 1", MessageOf([&] { doc.LoadXml("<a>\xC3\x28</a>"); }));
+    EXPECT_EQ("not well-formed (invalid token) at line 1",
+              MessageOf([&] { doc.LoadXml("<a>\xC3\x28</a>"); }));
     EXPECT_EQ("not well-formed (invalid token) at line 1", MessageOf([&] { doc.LoadXml("<a>\xFF</a>"); }));
     // An overlong form of "<".
-    EXPECT_EQ("not well-formed (invalid token) at line 1", MessageOf([&] { doc.LoadXml("<a>\xC0\xBC</a>"); }));
+    EXPECT_EQ("not well-formed (invalid token) at line 1",
+              MessageOf([&] { doc.LoadXml("<a>\xC0\xBC</a>"); }));
 }
 
 // A failed parse leaves the partial tree in place until the next load or cleanup.
@@ -462,8 +466,8 @@ TEST(CXmlDocumentErrors, EntityExpansionIsBounded) {
     std::string xml = "<!DOCTYPE a [<!ENTITY e0 \"xxxxxxxxxxxxxxxx\">";
     for (int i = 1; i < 12; ++i) {
         std::string prev = "&e" + std::to_string(i - 1) + ";";
-        xml += "<!ENTITY e" + std::to_string(i) + " \"" + prev + prev + prev + prev + prev + prev + prev + prev +
-               prev + prev + "\">";
+        xml += "<!ENTITY e" + std::to_string(i) + " \"" + prev + prev + prev + prev + prev + prev + prev +
+               prev + prev + prev + "\">";
     }
     xml += "]><a>&e11;</a>";
     CXmlDocument doc;
@@ -486,7 +490,9 @@ bool RecordAndKeep(CXmlElement* element) {
     return false;
 }
 
-bool DropOnlyB(CXmlElement* element) { return element->GetLocalName() == "b"; }
+bool DropOnlyB(CXmlElement* element) {
+    return element->GetLocalName() == "b";
+}
 
 bool ThrowOnC(CXmlElement* element) {
     if (element->GetLocalName() == "c")

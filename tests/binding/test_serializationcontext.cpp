@@ -1,0 +1,153 @@
+// Tests of CSerializationContext: defaults, the two flags that exclude each other, indent
+// characters, the schema type and copying.
+#include <gtest/gtest.h>
+
+#include "binding/SerializationContext.h"
+#include "foundation/Exceptions.h"
+
+using namespace QzXmlLib16;
+
+TEST(CSerializationContextTest, Defaults) {
+    CSerializationContext context;
+    EXPECT_TRUE(context.GetStripCDATA());
+    EXPECT_TRUE(context.GetWriteTypeAttribute());
+    EXPECT_EQ("\t", context.GetIndentChars());
+    EXPECT_EQ("", context.GetDefaultNamespaceURI());
+    EXPECT_EQ("", context.GetInLineSchema());
+    EXPECT_EQ(SchemaTypeDefault, context.GetSchemaType());
+    EXPECT_FALSE(context.GetIgnoreInvalidCollectionCounts());
+    EXPECT_FALSE(context.GetIgnoreMissingChoice());
+    EXPECT_FALSE(context.GetIgnoreMissingMandatoryElements());
+    EXPECT_FALSE(context.GetIgnoreUnknownElements());
+    EXPECT_FALSE(context.GetIgnoreUnknownAttributes());
+    EXPECT_FALSE(context.GetIgnoreNamespaces());
+    EXPECT_FALSE(context.GetNoOptionalAttributeDefaultOutput());
+    EXPECT_FALSE(context.GetWriteDefaultElementValues());
+    EXPECT_EQ(0, context.GetNamespaceAliases().GetNamespaceCount());
+    EXPECT_TRUE(context.GetProcessingInstructions().empty());
+    // The shared default starts the same way.
+    EXPECT_TRUE(CSerializationContext::m_defaultContext.GetStripCDATA());
+    EXPECT_EQ("\t", CSerializationContext::m_defaultContext.GetIndentChars());
+}
+
+TEST(CSerializationContextTest, UnknownAndMissingExcludeEachOther) {
+    CSerializationContext context;
+    context.SetIgnoreMissingMandatoryElements(true);
+    // Turning the other one off always works.
+    EXPECT_NO_THROW(context.SetIgnoreUnknownElements(false));
+    try {
+        context.SetIgnoreUnknownElements(true);
+        FAIL() << "no exception";
+    } catch (const CQzInvalidStateException& e) {
+        EXPECT_EQ(
+            "The parser can only ignore additional elements, or ignore the fact that some required ones are "
+            "missing, you can not ignore both\nSet IgnoreMissingMandatoryElements to false before setting "
+            "IgnoreUnknownElements to true",
+            e.GetMessage());
+    }
+    EXPECT_FALSE(context.GetIgnoreUnknownElements());
+
+    context.SetIgnoreMissingMandatoryElements(false);
+    context.SetIgnoreUnknownElements(true);
+    try {
+        context.SetIgnoreMissingMandatoryElements(true);
+        FAIL() << "no exception";
+    } catch (const CQzInvalidStateException& e) {
+        EXPECT_EQ(
+            "The parser can only ignore additional elements, or ignore the fact that some required ones are "
+            "missing, you can not ignore both\nSet IgnoreUnknownElements to false before setting "
+            "IgnoreMissingMandatoryElements to true",
+            e.GetMessage());
+    }
+    EXPECT_FALSE(context.GetIgnoreMissingMandatoryElements());
+    EXPECT_TRUE(context.GetIgnoreUnknownElements());
+}
+
+TEST(CSerializationContextTest, IndentCharsAcceptOnlyBlanksAndTabs) {
+    CSerializationContext context;
+    context.SetIndentChars("  \t");
+    EXPECT_EQ("  \t", context.GetIndentChars());
+    for (const char* bad : {"\n", " x", "\r", "\t\v"}) {
+        SCOPED_TRACE(bad);
+        try {
+            context.SetIndentChars(bad);
+            FAIL() << "no exception";
+        } catch (const CQzInvalidParamException& e) {
+            // The "\t" of the message is a backslash and a t.
+            EXPECT_EQ("IndentChars can only contain Whitespace characters, i.e. \\t or spaces",
+                      e.GetMessage());
+        }
+        EXPECT_EQ("  \t", context.GetIndentChars());
+    }
+    context.SetIndentChars("");
+    EXPECT_EQ("", context.GetIndentChars());
+    context.SetIndentChars(" ");
+    context.SetIndentChars(nullptr);
+    EXPECT_EQ("", context.GetIndentChars());
+}
+
+TEST(CSerializationContextTest, NoNamespaceSchemaImpliesIgnoreNamespaces) {
+    CSerializationContext context;
+    context.SetSchemaType(SchemaTypeNoNamespaces);
+    EXPECT_TRUE(context.GetIgnoreNamespaces());
+    context.SetSchemaType(SchemaTypeReserved);
+    EXPECT_FALSE(context.GetIgnoreNamespaces());
+    context.SetIgnoreNamespaces(true);
+    EXPECT_TRUE(context.GetIgnoreNamespaces());
+}
+
+TEST(CSerializationContextTest, StringSettersTakeNullAsEmpty) {
+    CSerializationContext context;
+    context.SetDefaultNamespaceURI("urn:d");
+    context.SetInLineSchema("<xs:schema/>");
+    EXPECT_EQ("urn:d", context.GetDefaultNamespaceURI());
+    EXPECT_EQ("<xs:schema/>", context.GetInLineSchema());
+    context.SetDefaultNamespaceURI(nullptr);
+    context.SetInLineSchema(nullptr);
+    EXPECT_EQ("", context.GetDefaultNamespaceURI());
+    EXPECT_EQ("", context.GetInLineSchema());
+}
+
+TEST(CSerializationContextTest, CopyTakesEverySetting) {
+    CSerializationContext context;
+    context.SetDefaultNamespaceURI("urn:d");
+    context.SetWriteTypeAttribute(false);
+    context.GetNamespaceAliases().Add("p", "urn:p");
+    context.GetProcessingInstructions().push_back("pi data");
+    context.SetInLineSchema("s");
+    context.SetIgnoreInvalidCollectionCounts(true);
+    context.SetIgnoreMissingChoice(true);
+    context.SetIgnoreUnknownElements(true);
+    context.SetIgnoreUnknownAttributes(true);
+    context.SetIgnoreNamespaces(true);
+    context.SetSchemaType(SchemaTypeNoNamespaces);
+    context.SetNoOptionalAttributeDefaultOutput(true);
+    context.SetWriteDefaultElementValues(true);
+    context.SetStripCDATA(false);
+    context.SetIndentChars("  ");
+
+    CSerializationContext copy(context);
+    CSerializationContext assigned;
+    assigned = context;
+    for (const CSerializationContext* c : {&copy, &assigned}) {
+        EXPECT_EQ("urn:d", c->GetDefaultNamespaceURI());
+        EXPECT_FALSE(c->GetWriteTypeAttribute());
+        EXPECT_EQ("p", c->GetNamespaceAliases().GetAliasFromNamespace("urn:p"));
+        ASSERT_EQ(1u, c->GetProcessingInstructions().size());
+        EXPECT_EQ("pi data", c->GetProcessingInstructions()[0]);
+        EXPECT_EQ("s", c->GetInLineSchema());
+        EXPECT_TRUE(c->GetIgnoreInvalidCollectionCounts());
+        EXPECT_TRUE(c->GetIgnoreMissingChoice());
+        EXPECT_TRUE(c->GetIgnoreUnknownElements());
+        EXPECT_TRUE(c->GetIgnoreUnknownAttributes());
+        EXPECT_TRUE(c->GetIgnoreNamespaces());
+        EXPECT_EQ(SchemaTypeNoNamespaces, c->GetSchemaType());
+        EXPECT_TRUE(c->GetNoOptionalAttributeDefaultOutput());
+        EXPECT_TRUE(c->GetWriteDefaultElementValues());
+        EXPECT_FALSE(c->GetStripCDATA());
+        EXPECT_EQ("  ", c->GetIndentChars());
+    }
+    // The alias table is copied, not shared.
+    copy.GetNamespaceAliases().Add("q", "urn:q");
+    EXPECT_FALSE(context.GetNamespaceAliases().DoesNamespaceExist("urn:q"));
+}
