@@ -53,17 +53,16 @@ const std::string kUtf16Sample("a\0\xE9\0\xAC\x20\x3D\xD8\x00\xDE", 10);
 
 } // namespace
 
-// Note pinned: a default stream serves the to-string operations only; it
-// collects text but refuses to encode it. Values outside the enumeration are
-// refused the same way.
+// Note pinned: a default stream serves the to-string operations only; it collects text but
+// refuses to encode it.
 TEST(CTextStreamTest, DefaultStreamRefusesToEncode) {
     CTextStream stream;
     EXPECT_EQ(EncodingDefault, stream.GetEncoding());
     stream.Append("<a/>");
     EXPECT_STREQ("<a/>", stream.GetText());
     EXPECT_EQ(kUnknownEncoding, MessageOf([&] { stream.GetEncodedStream(); }));
-    CTextStream odd(static_cast<XmlEncoding>(7));
-    EXPECT_EQ(kUnknownEncoding, MessageOf([&] { odd.GetEncodedStream(); }));
+    CTextStream named("CXmlStringStream", EncodingDefault);
+    EXPECT_EQ(kUnknownEncoding, MessageOf([&] { named.GetEncodedStream(); }));
 }
 
 // The Append forms, the length, Open emptying the text and the text surviving
