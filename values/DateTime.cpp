@@ -31,8 +31,9 @@ const char* const kMsgDayOfYear = "Failed to GetDayOfYear. Invalid Date Type: %s
 const char* const kMsgNoZone = "TimeZone is not been used";
 const char* const kMsgBadZone = "Invalid TimeZone [%d:%d]";
 const char* const kMsgRetype = "Failed to copy CDateTime. Invalid Date Type: %s, expected: %s.";
-const char* const kMsgConvert = "Attempting to set a CDateTime of type %s using an XmlDateTime of type %s. The "
-                                "source CDateTime does not contian enough data to allow the conversion.";
+const char* const kMsgConvert =
+    "Attempting to set a CDateTime of type %s using an XmlDateTime of type %s. The "
+    "source CDateTime does not contian enough data to allow the conversion.";
 const char* const kMsgUnknownType = "Unknown date type %d.";
 const char* const kMsgGetTime =
     "Failed to GetTime, Date Status must be dateTime or date. Invalid Date Type: %s.";
@@ -49,9 +50,10 @@ const char* const kMsgTimeRange[6] = {
     "Invalid Hour [%d] (0 <= hour <= 23)",           "Invalid Minute [%d] (0 <= minute <= 59)",
     "Invalid Second [%d] (0 <= second <= 59)",       "Invalid Milli-Second [%d] (0 <= milli <= 999)",
     "Invalid Micro-Second [%d] (0 <= micro <= 999)", "Invalid Nano-Second [%d] (0 <= nano <= 999)"};
-const char* const kMsgTimeType[6] = {"Invalid Hour [%d] for type %s",         "Invalid Minute [%d] for type %s",
-                                     "Invalid Second [%d] for type %s",       "Invalid Milli-Second [%d] for type %s",
-                                     "Invalid Micro-Second [%d] for type %s", "Invalid Nano-Second [%d] for type %s"};
+const char* const kMsgTimeType[6] = {
+    "Invalid Hour [%d] for type %s",         "Invalid Minute [%d] for type %s",
+    "Invalid Second [%d] for type %s",       "Invalid Milli-Second [%d] for type %s",
+    "Invalid Micro-Second [%d] for type %s", "Invalid Nano-Second [%d] for type %s"};
 const char* const kMsgNotSet = "Error: Date Not Set";
 const char* const kMsgUnknownFormat = "Unknown Format: ";
 const char* const kMsgYearOverflow = "Year out of range [%lld] in date arithmetic (-32768 <= year <= 32767)";
@@ -64,10 +66,18 @@ const char* const kMsgQuotientOverflow = "GetQuotient: result out of range";
 }
 
 // Which types carry which field
-bool HasYear(int t) { return t >= 1 && t <= 4; }
-bool HasMonth(int t) { return (t >= 1 && t <= 3) || t == 7 || t == 8; }
-bool HasDay(int t) { return t == 1 || t == 2 || t == 6 || t == 8; }
-bool HasTime(int t) { return t == 1 || t == 5; }
+bool HasYear(int t) {
+    return t >= 1 && t <= 4;
+}
+bool HasMonth(int t) {
+    return (t >= 1 && t <= 3) || t == 7 || t == 8;
+}
+bool HasDay(int t) {
+    return t == 1 || t == 2 || t == 6 || t == 8;
+}
+bool HasTime(int t) {
+    return t == 1 || t == 5;
+}
 
 // Length of a month in a given year; month 0 counts as January (the day walk never sees it).
 int MonthLength(int month, long long year) {
@@ -156,7 +166,8 @@ long long GetQuotient(long long a, int b) {
 }
 
 int GetModulo(long long a, int b) {
-    return static_cast<int>(a - GetQuotient(a, b) * b);
+    // In 128 bits: the product may pass the 64-bit range by less than b.
+    return static_cast<int>(static_cast<__int128>(a) - static_cast<__int128>(GetQuotient(a, b)) * b);
 }
 
 std::string PadZero(int value, unsigned char width) {
@@ -191,12 +202,18 @@ int Compare(const CDateTime& a, const CDateTime& b) {
     // Each field as a number, -1 where the type has no such field.
     auto field = [](const CDateTime& v, int t, int which) -> double {
         switch (which) {
-        case 0: return HasYear(t) ? v.GetYear() : -1;
-        case 1: return HasMonth(t) ? v.GetMonth() : -1;
-        case 2: return HasDay(t) ? v.GetDay() : -1;
-        case 3: return HasTime(t) ? v.GetHour() : -1;
-        case 4: return HasTime(t) ? v.GetMinute() : -1;
-        default: return HasTime(t) ? v.GetRealSecond() : -1;
+        case 0:
+            return HasYear(t) ? v.GetYear() : -1;
+        case 1:
+            return HasMonth(t) ? v.GetMonth() : -1;
+        case 2:
+            return HasDay(t) ? v.GetDay() : -1;
+        case 3:
+            return HasTime(t) ? v.GetHour() : -1;
+        case 4:
+            return HasTime(t) ? v.GetMinute() : -1;
+        default:
+            return HasTime(t) ? v.GetRealSecond() : -1;
         }
     };
     for (int which = 0; which < 6; ++which) {
@@ -221,7 +238,9 @@ const char* CDateTime::GetTypeAsString(DTType type) {
     return (t >= 0 && t <= 8) ? kNames[t] : "";
 }
 
-CDateTime::CDateTime() : CInstanceMonitor("CDateTime") { Clear(); }
+CDateTime::CDateTime() : CInstanceMonitor("CDateTime") {
+    Clear();
+}
 
 CDateTime::CDateTime(DTType type) : CInstanceMonitor("CDateTime") {
     Clear();
@@ -465,7 +484,8 @@ unsigned char CDateTime::GetZoneMinute() const {
 
 void CDateTime::SetTimeZone(short hour, unsigned char minute) {
     if (hour < -23 || hour > 23 || minute >= 60)
-        throw CQzInvalidValueException(FormatString(kMsgBadZone, static_cast<int>(hour), static_cast<int>(minute)));
+        throw CQzInvalidValueException(
+            FormatString(kMsgBadZone, static_cast<int>(hour), static_cast<int>(minute)));
     m_zoneHour = hour;
     m_zoneMinute = minute;
     m_isUTC = true;
@@ -492,19 +512,25 @@ void CDateTime::SetDateTime(short year, unsigned char month, unsigned char day, 
     SetDateTime(dt_dateTime, year, month, day, hour, minute, second, milli, micro, nano);
 }
 
-void CDateTime::SetGYear(short year) { SetDateTime(dt_gYear, year, 0, 0, 0, 0, 0, 0, 0, 0); }
+void CDateTime::SetGYear(short year) {
+    SetDateTime(dt_gYear, year, 0, 0, 0, 0, 0, 0, 0, 0);
+}
 
 void CDateTime::SetGYearMonth(short year, unsigned char month) {
     SetDateTime(dt_gYearMonth, year, month, 0, 0, 0, 0, 0, 0, 0);
 }
 
-void CDateTime::SetGMonth(unsigned char month) { SetDateTime(dt_gMonth, 0, month, 0, 0, 0, 0, 0, 0, 0); }
+void CDateTime::SetGMonth(unsigned char month) {
+    SetDateTime(dt_gMonth, 0, month, 0, 0, 0, 0, 0, 0, 0);
+}
 
 void CDateTime::SetGMonthDay(unsigned char month, unsigned char day) {
     SetDateTime(dt_gMonthDay, 0, month, day, 0, 0, 0, 0, 0, 0);
 }
 
-void CDateTime::SetGDay(unsigned char day) { SetDateTime(dt_gDay, 0, 0, day, 0, 0, 0, 0, 0, 0); }
+void CDateTime::SetGDay(unsigned char day) {
+    SetDateTime(dt_gDay, 0, 0, day, 0, 0, 0, 0, 0, 0);
+}
 
 void CDateTime::SetDate(short year, unsigned char month, unsigned char day) {
     SetDateTime(dt_date, year, month, day, 0, 0, 0, 0, 0, 0);
@@ -527,7 +553,8 @@ void CDateTime::SetDateTime(DTType type, short year, unsigned char month, unsign
                             unsigned char hour, unsigned char minute, unsigned char second,
                             unsigned short milli, unsigned short micro, unsigned short nano) {
     if (m_type != dt_yearZero && m_type != type)
-        throw CQzInvalidStateException(FormatString(kMsgRetype, GetTypeAsString(type), GetTypeAsString(m_type)));
+        throw CQzInvalidStateException(
+            FormatString(kMsgRetype, GetTypeAsString(type), GetTypeAsString(m_type)));
     Clear();
     m_type = type;
     m_year = year;
@@ -555,7 +582,8 @@ bool CDateTime::CheckConversion(DTType from, DTType to) const {
     case dt_dateTime:
         return true;
     case dt_date:
-        return to == dt_gYearMonth || to == dt_gYear || to == dt_gDay || to == dt_gMonth || to == dt_gMonthDay;
+        return to == dt_gYearMonth || to == dt_gYear || to == dt_gDay || to == dt_gMonth ||
+               to == dt_gMonthDay;
     case dt_gYearMonth:
         return to == dt_gYear || to == dt_gMonth;
     case dt_gMonthDay:
@@ -590,7 +618,8 @@ void CDateTime::Validate() const {
 
     if (HasYear(t)) {
         if (m_year == 0 || m_year < MIN_YEAR || m_year > MAX_YEAR)
-            throw CQzInvalidValueException(FormatString(kMsgYearRange, (int)m_year, (int)MIN_YEAR, (int)MAX_YEAR));
+            throw CQzInvalidValueException(
+                FormatString(kMsgYearRange, (int)m_year, (int)MIN_YEAR, (int)MAX_YEAR));
     } else if (m_year != 0) {
         throw CQzInvalidValueException(FormatString(kMsgYearType, (int)m_year, name));
     }
@@ -622,7 +651,9 @@ void CDateTime::Validate() const {
 
 // --- formatting -----------------------------------------------------------------------------
 
-std::string CDateTime::ToString() const { return ToString("s"); }
+std::string CDateTime::ToString() const {
+    return ToString("s");
+}
 
 std::string CDateTime::ToString(const char* format) const {
     const bool allZero = m_year == 0 && m_month == 0 && m_day == 0 && m_hour == 0 && m_minute == 0 &&
@@ -802,8 +833,10 @@ void CDateTime::AddDateTimeSpan(const CDateTimeSpan& span) {
     };
     __int128 carry = 0;
     m_nanoSecond = static_cast<unsigned short>(step(m_nanoSecond, 0, span.GetNanoSeconds(), 1000, carry));
-    m_microSecond = static_cast<unsigned short>(step(m_microSecond, carry, span.GetMicroSeconds(), 1000, carry));
-    m_milliSecond = static_cast<unsigned short>(step(m_milliSecond, carry, span.GetMilliSeconds(), 1000, carry));
+    m_microSecond =
+        static_cast<unsigned short>(step(m_microSecond, carry, span.GetMicroSeconds(), 1000, carry));
+    m_milliSecond =
+        static_cast<unsigned short>(step(m_milliSecond, carry, span.GetMilliSeconds(), 1000, carry));
     m_second = static_cast<unsigned char>(step(m_second, carry, span.GetSeconds(), 60, carry));
     m_minute = static_cast<unsigned char>(step(m_minute, carry, span.GetMinutes(), 60, carry));
     m_hour = static_cast<unsigned char>(step(m_hour, carry, span.GetHours(), 24, carry));
@@ -812,9 +845,7 @@ void CDateTime::AddDateTimeSpan(const CDateTimeSpan& span) {
     const __int128 days = carry + s * static_cast<__int128>(span.GetDays());
     // 70000 years of days cannot stay inside a 16-bit year: refuse before walking.
     const __int128 kMaxWalk = static_cast<__int128>(70000) * 366;
-    auto overflow = [](long long y) {
-        throw CQzInvalidValueException(FormatString(kMsgYearOverflow, y));
-    };
+    auto overflow = [](long long y) { throw CQzInvalidValueException(FormatString(kMsgYearOverflow, y)); };
     if (days > kMaxWalk || days < -kMaxWalk)
         overflow(days > 0 ? year + 70000 : year - 70000);
     long long d = static_cast<long long>(days);

@@ -30,7 +30,9 @@ const char* const kMsgZoneForm = "Invalid XSD Time Zone [%s].";
 }
 
 // Character tests
-inline bool IsDigit(char c) { return c >= '0' && c <= '9'; }
+inline bool IsDigit(char c) {
+    return c >= '0' && c <= '9';
+}
 
 // Two digits at text[0..1] into value; false if either is not a digit.
 inline bool ReadTwo(const char* text, int& value) {

@@ -43,7 +43,9 @@ enum ParseState { kStart = 0, kYears, kMonths, kDays, kTime, kHours, kMinutes, k
 
 // --- construction --------------------------------------------------------------------
 
-CDateTimeSpan::CDateTimeSpan() : CInstanceMonitor("CDateTimeSpan") { Clear(); }
+CDateTimeSpan::CDateTimeSpan() : CInstanceMonitor("CDateTimeSpan") {
+    Clear();
+}
 
 CDateTimeSpan::CDateTimeSpan(const CDateTimeSpan& other)
     : CInstanceMonitor("CDateTimeSpan"), m_years(other.m_years), m_months(other.m_months),
@@ -77,13 +79,15 @@ void CDateTimeSpan::SetDateTimeSpan(unsigned long hours, unsigned long long minu
 }
 
 void CDateTimeSpan::SetDateTimeSpan(unsigned short years, unsigned long months, unsigned long days,
-                                    unsigned long hours, unsigned long long minutes, unsigned long long seconds) {
+                                    unsigned long hours, unsigned long long minutes,
+                                    unsigned long long seconds) {
     SetDateTimeSpan(years, months, days, hours, minutes, seconds, 0, 0, 0);
 }
 
 void CDateTimeSpan::SetDateTimeSpan(unsigned short years, unsigned long months, unsigned long days,
-                                    unsigned long hours, unsigned long long minutes, unsigned long long seconds,
-                                    unsigned short milli, unsigned short micro, unsigned short nano) {
+                                    unsigned long hours, unsigned long long minutes,
+                                    unsigned long long seconds, unsigned short milli, unsigned short micro,
+                                    unsigned short nano) {
     Clear();
     m_years = years;
     m_months = static_cast<uint32_t>(months);

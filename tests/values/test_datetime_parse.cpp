@@ -1,0 +1,366 @@
+// Lexical forms of CDateTime: what each parser accepts, how values are written back,
+// and the exact texts of parse and validation failures.
+#include <gtest/gtest.h>
+
+#include "test_datetime_helpers.h"
+
+using namespace QzXmlLib16;
+using namespace QzDateTests;
+
+namespace {
+
+struct FormRow {
+    const char* input;
+    CDateTime::DTType type;
+    const char* written;
+};
+
+struct FailRow {
+    const char* input;
+    const char* message;
+};
+
+} // namespace
+
+// Every date-like form, with the type chosen from the length and the text written back.
+TEST(CDateTimeParseTest, DateFormsPickTheirTypeAndWriteBack) {
+    const FormRow rows[] = {
+        {"2004-02-29", CDateTime::dt_date, "2004-02-29"},
+        {"-0001-01-01", CDateTime::dt_date, "-0001-01-01"},
+        {"9999-12-31", CDateTime::dt_date, "9999-12-31"},
+        {"-9999-01-01", CDateTime::dt_date, "-9999-01-01"},
+        {"2000-05", CDateTime::dt_gYearMonth, "2000-05"},
+        {"-0044-03", CDateTime::dt_gYearMonth, "-0044-03"},
+        {"2000", CDateTime::dt_gYear, "2000"},
+        {"0001", CDateTime::dt_gYear, "0001"},
+        {"--05", CDateTime::dt_gMonth, "--05"},
+        {"--05--", CDateTime::dt_gMonth, "--05"}, // the older form is read, never written
+        {"--05xy", CDateTime::dt_gMonth, "--05"}, // its last two characters are not looked at
+        {"---15", CDateTime::dt_gDay, "---15"},
+        {"--02-29", CDateTime::dt_gMonthDay, "--02-29"},
+        {"2000-01-01Z", CDateTime::dt_date, "2000-01-01Z"},
+        {"2000-01-01+05:30", CDateTime::dt_date, "2000-01-01+05:30"},
+        {"2000-01-01-05:30", CDateTime::dt_date, "2000-01-01-05:30"},
+        {"-2000-01-01-05:30", CDateTime::dt_date, "-2000-01-01-05:30"},
+        {"2000Z", CDateTime::dt_gYear, "2000Z"},
+        {"--05-05:00", CDateTime::dt_gMonth, "--05-05:00"},
+        {"---31+01:00", CDateTime::dt_gDay, "---31+01:00"},
+        {"--12-31Z", CDateTime::dt_gMonthDay, "--12-31Z"},
+    };
+    for (const FormRow& row : rows) {
+        SCOPED_TRACE(row.input);
+        const CDateTime value = D(row.input);
+        EXPECT_EQ(value.GetType(), row.type);
+        EXPECT_EQ(value.ToString(), row.written);
+    }
+}
+
+// Times: fraction digits are kept to nine places and written without trailing zeros; junk
+// behind the seconds that does not start a zone is dropped.
+TEST(CDateTimeParseTest, TimeFormsAndFractions) {
+    const FormRow rows[] = {
+        {"00:00:00", CDateTime::dt_time, "00:00:00"},
+        {"23:59:59", CDateTime::dt_time, "23:59:59"},
+        {"12:00:00.123456789", CDateTime::dt_time, "12:00:00.123456789"},
+        {"12:00:00.120", CDateTime::dt_time, "12:00:00.12"},
+        {"12:00:00.000", CDateTime::dt_time, "12:00:00"},
+        {"12:00:00.", CDateTime::dt_time, "12:00:00"},
+        {"12:00:00.0000005", CDateTime::dt_time, "12:00:00.0000005"},
+        {"12:00:00.000100", CDateTime::dt_time, "12:00:00.0001"},
+        {"12:00:00abc", CDateTime::dt_time, "12:00:00"},
+        {"12:00:00Z", CDateTime::dt_time, "12:00:00Z"},
+        {"12:00:00Zjunk", CDateTime::dt_time, "12:00:00Z"},
+        {"12:00:00+14:30", CDateTime::dt_time, "12:00:00+14:30"},
+        {"12:00:00+23:59", CDateTime::dt_time, "12:00:00+23:59"},
+        {"12:00:00+24:00", CDateTime::dt_time, "12:00:00+00:00"},
+        {"12:00:00-24:00", CDateTime::dt_time, "12:00:00+00:00"},
+        {"12:00:00.5-05:00", CDateTime::dt_time, "12:00:00.5-05:00"},
+    };
+    for (const FormRow& row : rows) {
+        SCOPED_TRACE(row.input);
+        const CDateTime value = T(row.input);
+        EXPECT_EQ(value.GetType(), row.type);
+        EXPECT_EQ(value.ToString(), row.written);
+    }
+    const CDateTime fine = T("12:00:00.123456789");
+    EXPECT_EQ(fine.GetMilliSecond(), 123);
+    EXPECT_EQ(fine.GetMicroSecond(), 456);
+    EXPECT_EQ(fine.GetNanoSecond(), 789);
+}
+
+// dateTime: the date part may carry the zone, so a zone may stand before the "T".
+TEST(CDateTimeParseTest, DateTimeForms) {
+    const FormRow rows[] = {
+        {"2004-02-29T00:00:00", CDateTime::dt_dateTime, "2004-02-29T00:00:00"},
+        {"2000-01-01T12:34:56.789Z", CDateTime::dt_dateTime, "2000-01-01T12:34:56.789Z"},
+        {"-0500-06-15T01:02:03.000000001+01:30", CDateTime::dt_dateTime,
+         "-0500-06-15T01:02:03.000000001+01:30"},
+        {"2000-01-01ZT12:00:00", CDateTime::dt_dateTime, "2000-01-01T12:00:00Z"},
+        {"2000-01-01+02:00T12:00:00", CDateTime::dt_dateTime, "2000-01-01T12:00:00+02:00"},
+    };
+    for (const FormRow& row : rows) {
+        SCOPED_TRACE(row.input);
+        CDateTime value;
+        value.ParseXSDDateTime(row.input);
+        EXPECT_EQ(value.GetType(), row.type);
+        EXPECT_EQ(value.ToString(), row.written);
+    }
+}
+
+// Note: the sign of an offset lives in the hour, so "-00:30" comes back as "+00:30" and
+// normalises as a positive offset (30 minutes back).
+TEST(CDateTimeParseTest, NegativeZeroHourOffsetLosesItsSign) {
+    const CDateTime value = DT("2000-01-01T12:00:00-00:30");
+    EXPECT_EQ(value.GetZoneHour(), 0);
+    EXPECT_EQ(value.GetZoneMinute(), 30);
+    EXPECT_EQ(value.ToString(), "2000-01-01T12:00:00+00:30");
+    EXPECT_EQ(value.GetNormalized().ToString(), "2000-01-01T11:30:00+00:00");
+    const CDateTime negative = DT("2000-01-01T12:00:00-05:30");
+    EXPECT_EQ(negative.GetZoneHour(), -5);
+    EXPECT_EQ(negative.GetZoneMinute(), 30);
+}
+
+TEST(CDateTimeParseTest, ZoneStates) {
+    const CDateTime none = DT("2000-01-01T00:00:00");
+    EXPECT_FALSE(none.IsUTC());
+    EXPECT_FALSE(none.HasTimeZone());
+    const CDateTime z = DT("2000-01-01T00:00:00Z");
+    EXPECT_TRUE(z.IsUTC());
+    EXPECT_FALSE(z.HasTimeZone());
+    EXPECT_EQ(ThrownMessage<CQzInvalidStateException>([&] { z.GetZoneHour(); }), "TimeZone is not been used");
+    EXPECT_EQ(ThrownMessage<CQzInvalidStateException>([&] { none.GetZoneMinute(); }),
+              "TimeZone is not been used");
+    const CDateTime offset = DT("2000-01-01T00:00:00+05:00");
+    EXPECT_TRUE(offset.IsUTC());
+    EXPECT_TRUE(offset.HasTimeZone());
+
+    CDateTime value = DT("2000-01-01T00:00:00");
+    EXPECT_EQ(ThrownMessage<CQzInvalidValueException>([&] { value.SetTimeZone(24, 0); }),
+              "Invalid TimeZone [24:0]");
+    EXPECT_EQ(ThrownMessage<CQzInvalidValueException>([&] { value.SetTimeZone(-24, 0); }),
+              "Invalid TimeZone [-24:0]");
+    EXPECT_EQ(ThrownMessage<CQzInvalidValueException>([&] { value.SetTimeZone(0, 60); }),
+              "Invalid TimeZone [0:60]");
+    value.SetTimeZone(-23, 59);
+    EXPECT_EQ(value.ToString(), "2000-01-01T00:00:00-23:59");
+    value.SetUTC();
+    EXPECT_EQ(value.ToString(), "2000-01-01T00:00:00Z");
+}
+
+// A parser clears first, so it retypes an object freely.
+TEST(CDateTimeParseTest, ParsersRetypeAndDropTheOldZone) {
+    CDateTime value = DT("2000-01-01T00:00:00+05:00");
+    value.ParseXSDTime("10:00:00");
+    EXPECT_EQ(value.GetType(), CDateTime::dt_time);
+    EXPECT_FALSE(value.IsUTC());
+    value.ParseXSDDate("--07");
+    EXPECT_EQ(value.GetType(), CDateTime::dt_gMonth);
+    EXPECT_EQ(value.GetMonth(), 7);
+}
+
+TEST(CDateTimeParseTest, DateTimeFailures) {
+    const FailRow rows[] = {
+        {"2000-01-01", "Invalid XSD DateTime [2000-01-01]."},
+        {"2000-01T12:00:00", "Invalid XSD DateTime [2000-01T12:00:00] expected CCYY-MM-DDThh:mm:ss[.ff]"},
+        {"--01-01T12:00:00", "Invalid XSD DateTime [--01-01T12:00:00] expected CCYY-MM-DDThh:mm:ss[.ff]"},
+        {"T12:00:00", "Invalid Date (Empty String)"},
+        {"2000-01-01T", "Invalid XSD Time (Empty String)"},
+        {"2000-01-01T24:00:00", "Invalid XSD Time [24:00:00] expected hh:mm:ss[.ff]"},
+        {"2000-01-01T12:00", "Invalid XSD Time [12:00] expected hh:mm:ss[.ff]"},
+        {"2003-02-29T00:00:00", "Invalid Day [29] (1 <= day <= days in month"},
+        {"1900-02-29T00:00:00", "Invalid Day [29] (1 <= day <= days in month"},
+        {"0000-01-01T00:00:00", "Invalid Year [0] (-9999 <= year <= 9999 && year != 0)"},
+        {"2000-01-01Z+01:00T00:00:00", "Invalid Date (Bad Zone value)"},
+    };
+    for (const FailRow& row : rows) {
+        SCOPED_TRACE(row.input);
+        EXPECT_EQ(ThrownMessage<CQzInvalidValueException>([&] { CDateTime value(row.input); }), row.message);
+    }
+    EXPECT_EQ(ThrownMessage<CQzInvalidValueException>([] { CDateTime().ParseXSDDateTime(nullptr); }),
+              "Invalid DateTime (Null String)");
+}
+
+TEST(CDateTimeParseTest, DateFailures) {
+    const FailRow rows[] = {
+        {"", "Invalid Date (Empty String)"},
+        {"2000-01-01T", "Invalid Date ('T' not allowed)"},
+        {"2000-01-01Z+01:00", "Invalid Date (Bad Zone value)"},
+        {"12004-01-01", "Invalid XSD Date [12004-01-01] expected CCYY-MM-DD[Z|[+|-]hh:mm]"},
+        {"200-01-01", "Invalid XSD Date [200-01-01] expected CCYY-MM-DD[Z|[+|-]hh:mm]"},
+        {"2000/01/01", "Invalid XSD Date [2000/01/01] expected CCYY-MM-DD[Z|[+|-]hh:mm]"},
+        {"2000-1-01", "Invalid XSD Date [2000-1-01] expected CCYY-MM-DD[Z|[+|-]hh:mm]"},
+        {"20a0", "Invalid XSD Date [20a0] expected CCYY-MM-DD[Z|[+|-]hh:mm]"},
+        {"+2000", "Invalid XSD Date [+2000] expected CCYY-MM-DD[Z|[+|-]hh:mm]"},
+        {"--5-01", "Invalid XSD Date [--5-01] expected CCYY-MM-DD[Z|[+|-]hh:mm]"},
+        {"--5", "Invalid XSD Date [--5] expected CCYY-MM-DD[Z|[+|-]hh:mm]"},
+        {"-", "Invalid XSD Date [-] expected CCYY-MM-DD[Z|[+|-]hh:mm]"},
+        {"Z", "Invalid XSD Date [Z] expected CCYY-MM-DD[Z|[+|-]hh:mm]"},
+        {"1:00", "Invalid XSD Date [1:00] expected CCYY-MM-DD[Z|[+|-]hh:mm]"},
+        {"2000-01-01+0500", "Invalid XSD Date [2000-01-01+0500] expected CCYY-MM-DD[Z|[+|-]hh:mm]"},
+        {"2000-01-01+5:00", "Invalid XSD Date [2000-01-01+5:00] expected CCYY-MM-DD[Z|[+|-]hh:mm]"},
+        {"2000-01-01+05-00", "Invalid XSD Date [2000-01-01+05-00] expected CCYY-MM-DD[Z|[+|-]hh:mm]"},
+        {"2000-01-01+5:000", "Invalid XSD Time Zone [+5:000]."},
+        {"2000-01-01+25:00", "Invalid TimeZone [25:0]"},
+        {"0000-01-01", "Invalid Year [0] (-9999 <= year <= 9999 && year != 0)"},
+        {"-0000", "Invalid Year [0] (-9999 <= year <= 9999 && year != 0)"},
+        {"2000-13-01", "Invalid Month [13] (1 <= month <= 12)"},
+        {"2000-00", "Invalid Month [0] (1 <= month <= 12)"},
+        {"--00", "Invalid Month [0] (1 <= month <= 12)"},
+        {"2000-04-31", "Invalid Day [31] (1 <= day <= days in month"},
+        {"2000-01-00", "Invalid Day [0] (1 <= day <= days in month"},
+        {"--02-30", "Invalid Day [30] (1 <= day <= days in month)"},
+        {"--04-31", "Invalid Day [31] (1 <= day <= days in month)"},
+        {"---32", "Invalid Day [32] (1 <= day <= 31)"},
+        {"---00", "Invalid Day [0] (1 <= day <= 31)"},
+    };
+    for (const FailRow& row : rows) {
+        SCOPED_TRACE(row.input);
+        EXPECT_EQ(ThrownMessage<CQzInvalidValueException>([&] { D(row.input); }), row.message);
+    }
+    EXPECT_EQ(ThrownMessage<CQzInvalidValueException>([] { CDateTime().ParseXSDDate(nullptr); }),
+              "Invalid Date (Null String)");
+}
+
+TEST(CDateTimeParseTest, TimeFailures) {
+    const FailRow rows[] = {
+        {"", "Invalid XSD Time (Empty String)"},
+        {"24:00:00", "Invalid XSD Time [24:00:00] expected hh:mm:ss[.ff]"},
+        {"12:60:00", "Invalid XSD Time [12:60:00] expected hh:mm:ss[.ff]"},
+        {"12:00:60", "Invalid XSD Time [12:00:60] expected hh:mm:ss[.ff]"},
+        {"1:00:00", "Invalid XSD Time [1:00:00] expected hh:mm:ss[.ff]"},
+        {"12:00", "Invalid XSD Time [12:00] expected hh:mm:ss[.ff]"},
+        {"12-00-00", "Invalid XSD Time [12-00-00] expected hh:mm:ss[.ff]"},
+        {"12:00:00.1234567890", "Invalid XSD Time [12:00:00.1234567890] Fraction part too long"},
+        {"12:00:00+1:00", "Invalid XSD Time Zone [+1:00]."},
+        {"12:00:00+01:00x", "Invalid XSD Time Zone [+01:00x]."},
+        {"12:00:00-", "Invalid XSD Time Zone [-]."},
+        {"12:00:00+05:60", "Invalid TimeZone [5:60]"},
+        {"12:00:00+25:00", "Invalid TimeZone [25:0]"},
+        {"12:00:00-25:00", "Invalid TimeZone [-25:0]"},
+    };
+    for (const FailRow& row : rows) {
+        SCOPED_TRACE(row.input);
+        EXPECT_EQ(ThrownMessage<CQzInvalidValueException>([&] { T(row.input); }), row.message);
+    }
+    EXPECT_EQ(ThrownMessage<CQzInvalidValueException>([] { CDateTime().ParseXSDTime(nullptr); }),
+              "Invalid Time (Null String)");
+}
+
+// Validate stops at the first failure in the order type, month, year, day, time fields; the
+// fields a type has no use for must be zero. Conversions copy every field, which reaches
+// the "for type" texts.
+TEST(CDateTimeValidateTest, FieldsATypeDoesNotUseMustBeZero) {
+    struct Row {
+        const char* source;
+        CDateTime::DTType target;
+        const char* message;
+    };
+    const Row rows[] = {
+        {"2000-05-15", CDateTime::dt_gYear, "Invalid Month [5] for type gYear"},
+        {"2000-05-15", CDateTime::dt_gYearMonth, "Invalid Day [15] for type gYearMonth"},
+        {"2000-05-15", CDateTime::dt_gMonthDay, "Invalid Year [2000] for type gMonthDay"},
+        {"2000-05-15T12:00:00", CDateTime::dt_date, "Invalid Hour [12] for type date"},
+        {"2000-05-15T00:07:00", CDateTime::dt_date, "Invalid Minute [7] for type date"},
+        {"2000-05-15T00:00:05", CDateTime::dt_date, "Invalid Second [5] for type date"},
+        {"2000-05-15T00:00:00.005", CDateTime::dt_date, "Invalid Milli-Second [5] for type date"},
+        {"2000-05-15T00:00:00.000005", CDateTime::dt_date, "Invalid Micro-Second [5] for type date"},
+        {"2000-05-15T00:00:00.000000005", CDateTime::dt_date, "Invalid Nano-Second [5] for type date"},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.message);
+        CDateTime source;
+        if (std::string(row.source).find('T') != std::string::npos)
+            source.ParseXSDDateTime(row.source);
+        else
+            source.ParseXSDDate(row.source);
+        CDateTime target;
+        target.SetDateTime(source, row.target);
+        EXPECT_EQ(target.GetType(), row.target);
+        EXPECT_EQ(ThrownMessage<CQzInvalidValueException>([&] { target.Validate(); }), row.message);
+    }
+    EXPECT_EQ(ThrownMessage<CQzInvalidValueException>([] { CDateTime().Validate(); }), "Invalid Year Zero");
+}
+
+TEST(CDateTimeValidateTest, TimeFieldRangesInOrder) {
+    CDateTime value(CDateTime::dt_time);
+    value.SetMinute(60);
+    value.SetHour(24);
+    EXPECT_EQ(ThrownMessage<CQzInvalidValueException>([&] { value.Validate(); }),
+              "Invalid Hour [24] (0 <= hour <= 23)");
+    value.SetHour(23);
+    EXPECT_EQ(ThrownMessage<CQzInvalidValueException>([&] { value.Validate(); }),
+              "Invalid Minute [60] (0 <= minute <= 59)");
+    value.SetMinute(0);
+    value.SetSecond(60);
+    EXPECT_EQ(ThrownMessage<CQzInvalidValueException>([&] { value.Validate(); }),
+              "Invalid Second [60] (0 <= second <= 59)");
+    value.SetSecond(59);
+    value.SetMilliSecond(1000);
+    EXPECT_EQ(ThrownMessage<CQzInvalidValueException>([&] { value.Validate(); }),
+              "Invalid Milli-Second [1000] (0 <= milli <= 999)");
+    value.SetMilliSecond(999);
+    value.SetMicroSecond(1000);
+    EXPECT_EQ(ThrownMessage<CQzInvalidValueException>([&] { value.Validate(); }),
+              "Invalid Micro-Second [1000] (0 <= micro <= 999)");
+    value.SetMicroSecond(999);
+    value.SetNanoSecond(1000);
+    EXPECT_EQ(ThrownMessage<CQzInvalidValueException>([&] { value.Validate(); }),
+              "Invalid Nano-Second [1000] (0 <= nano <= 999)");
+    value.SetNanoSecond(999);
+    EXPECT_NO_THROW(value.Validate());
+    EXPECT_EQ(value.ToString(), "23:00:59.999999999");
+
+    // The month is checked before the year.
+    CDateTime date(CDateTime::dt_date);
+    date.SetMonth(13);
+    EXPECT_EQ(ThrownMessage<CQzInvalidValueException>([&] { date.Validate(); }),
+              "Invalid Month [13] (1 <= month <= 12)");
+    date.SetMonth(1);
+    date.SetYear(10000);
+    EXPECT_EQ(ThrownMessage<CQzInvalidValueException>([&] { date.Validate(); }),
+              "Invalid Year [10000] (-9999 <= year <= 9999 && year != 0)");
+    date.SetYear(-10000);
+    EXPECT_EQ(ThrownMessage<CQzInvalidValueException>([&] { date.Validate(); }),
+              "Invalid Year [-10000] (-9999 <= year <= 9999 && year != 0)");
+}
+
+// The one-word format language of ToString.
+TEST(CDateTimeFormatTest, FormatWords) {
+    const CDateTime value = D("2000-01-02");
+    EXPECT_EQ(value.ToString("s"), "2000-01-02");
+    EXPECT_EQ(value.ToString(nullptr), "");
+    EXPECT_EQ(value.ToString(""), "");
+    EXPECT_EQ(value.ToString("G"), "");
+    EXPECT_EQ(value.ToString("yyyy"), "Unknown Format: yyyy");
+    // An unset value says so whatever the format.
+    EXPECT_EQ(CDateTime().ToString(), "Error: Date Not Set");
+    EXPECT_EQ(CDateTime().ToString("G"), "Error: Date Not Set");
+    EXPECT_EQ(CDateTime(CDateTime::dt_date).ToString(), "Error: Date Not Set");
+    EXPECT_EQ(CDateTime(CDateTime::dt_gDay).ToString(), "Error: Date Not Set");
+    // Midnight is a real time.
+    EXPECT_EQ(CDateTime(CDateTime::dt_time).ToString(), "00:00:00");
+}
+
+TEST(CDateTimeFormatTest, PadZeroTrimAndFraction) {
+    EXPECT_EQ(PadZero(-5, 3), "-05");
+    EXPECT_EQ(PadZero(5, 3), "005");
+    EXPECT_EQ(PadZero(12345, 3), "12345");
+    EXPECT_EQ(PadZero(7, 0), "7");
+    EXPECT_EQ(TrimTrainingZeros("000"), "0");
+    EXPECT_EQ(TrimTrainingZeros("120"), "12");
+    EXPECT_EQ(TrimTrainingZeros("1"), "1");
+    EXPECT_EQ(TrimTrainingZeros("100"), "1");
+    EXPECT_EQ(TrimTrainingZeros(""), "");
+    EXPECT_EQ(ToFracString(100, 0, 0), ".1");
+    EXPECT_EQ(ToFracString(0, 0, 500), ".0000005");
+    EXPECT_EQ(ToFracString(0, 0, 0), "");
+    EXPECT_EQ(ToFracString(0, 10, 0), ".00001");
+    EXPECT_EQ(ToFracString(1, 2, 3), ".001002003");
+    // Out-of-range fields (possible through the setters) are written as they are, and
+    // ToString writes the same text as ToFracString.
+    EXPECT_EQ(ToFracString(1000, 0, 0), ".1");
+    CDateTime value(CDateTime::dt_time);
+    value.SetMilliSecond(1000);
+    value.SetNanoSecond(1230);
+    EXPECT_EQ(value.ToString(), "00:00:00" + ToFracString(1000, 0, 1230));
+}
