@@ -1,0 +1,395 @@
+// Tests of CDecimal: the reader and its messages, scale handling and rounding,
+// arithmetic, comparison, printing and the conversions with their overflow failures.
+#include "values/Decimal.h"
+#include "foundation/Exceptions.h"
+
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <limits>
+#include <string>
+
+using namespace QzXmlLib16;
+
+namespace {
+
+// The message of the exception of class E the call throws, or a marker text.
+template <class E>
+std::string MessageOf(const std::function<void()>& call) {
+    try {
+        call();
+    } catch (const E& e) {
+        return e.GetMessage();
+    } catch (...) {
+        return "<other exception>";
+    }
+    return "<no exception>";
+}
+
+std::string InvalidChar(int position, const std::string& text) {
+    return "The string representing a Decimal, contained an invalid char at position " + std::to_string(position) +
+           " [" + text + "].";
+}
+
+std::string Text(const char* text) {
+    return CDecimal(text).ToString();
+}
+
+} // namespace
+
+// --- reading -------------------------------------------------------------------------
+
+TEST(CDecimalParseTest, ShortestTextAfterRationalising) {
+    CDecimal value("1.50");
+    EXPECT_EQ("5", value.GetFraction().ToString());
+    EXPECT_EQ(1, value.GetFractionalDivider());
+    EXPECT_EQ("1.5", value.ToString());
+    CDecimal keepsZero("1.05");
+    EXPECT_EQ("5", keepsZero.GetFraction().ToString());
+    EXPECT_EQ(2, keepsZero.GetFractionalDivider());
+    EXPECT_EQ("1.05", keepsZero.ToString());
+    EXPECT_EQ("1", Text("1.0"));
+    EXPECT_EQ("0", Text("0"));
+    EXPECT_EQ("0", Text("-0"));
+    EXPECT_EQ("-0.5", Text("-0.5"));
+    EXPECT_EQ("0.5", Text(".5"));
+    EXPECT_EQ("1", Text("1."));
+    EXPECT_EQ("0", Text(""));
+    EXPECT_EQ("0", Text("."));
+    EXPECT_EQ("0", Text(nullptr));
+    EXPECT_EQ("-3.05", Text("-3.05"));
+    EXPECT_EQ("12345678901234567890123.45", Text("+12345678901234567890123.4500"));
+}
+
+TEST(CDecimalParseTest, NegativeZeroIntegerPartCarriesTheSign) {
+    CDecimal value("-0.5");
+    EXPECT_EQ(-1, value.GetInteger().GetSign());
+    EXPECT_EQ("-5", value.GetFraction().ToString());
+}
+
+TEST(CDecimalParseTest, BlanksAreSkippedAndTheLastSignWins) {
+    EXPECT_EQ("1000.5", Text("1 000.5"));
+    EXPECT_EQ("1.55", Text("1.5 5"));
+    EXPECT_EQ("-12", Text("1-2"));
+    EXPECT_EQ("12", Text("-1+2"));
+    EXPECT_EQ("-1", Text("- 1"));
+    EXPECT_EQ("2.5", Text("\t2.5\r\n"));
+}
+
+TEST(CDecimalParseTest, Exponents) {
+    EXPECT_EQ("150", Text("1.5E2"));
+    EXPECT_EQ("1.5", Text("15E-1"));
+    EXPECT_EQ("0.001", Text("1e+-3"));
+    EXPECT_EQ("100000", Text("1e 5"));
+    EXPECT_EQ("1" + std::string(50, '0'), Text("1e5 0"));
+    EXPECT_EQ("0", Text("E5"));
+    EXPECT_EQ("1", Text("1E"));
+    EXPECT_EQ("-0.0015", Text("-1.5e-3"));
+    EXPECT_EQ("1" + std::string(400, '0'), Text("1E400"));
+    // Beyond 30 places the value rounds away, and a tiny value becomes 0.
+    EXPECT_EQ("0.000000000000000000000000000001", Text("1E-30"));
+    EXPECT_EQ("0", Text("1E-31"));
+    EXPECT_EQ("0", Text("-9E-99999999999999999999"));
+}
+
+TEST(CDecimalParseTest, InvalidCharactersReportTheirPosition) {
+    EXPECT_EQ(InvalidChar(1, "1,5"), MessageOf<CQzInvalidValueException>([] { CDecimal("1,5"); }));
+    EXPECT_EQ(InvalidChar(0, "abc"), MessageOf<CQzInvalidValueException>([] { CDecimal("abc"); }));
+    EXPECT_EQ(InvalidChar(3, "1.2.3"), MessageOf<CQzInvalidValueException>([] { CDecimal("1.2.3"); }));
+    EXPECT_EQ(InvalidChar(2, "1.-2"), MessageOf<CQzInvalidValueException>([] { CDecimal("1.-2"); }));
+    EXPECT_EQ(InvalidChar(3, "1e5-"), MessageOf<CQzInvalidValueException>([] { CDecimal("1e5-"); }));
+    EXPECT_EQ(InvalidChar(2, "1ee5"), MessageOf<CQzInvalidValueException>([] { CDecimal("1ee5"); }));
+    EXPECT_EQ(InvalidChar(2, "1e.5"), MessageOf<CQzInvalidValueException>([] { CDecimal("1e.5"); }));
+}
+
+TEST(CDecimalParseTest, FailedParseKeepsThePreviousValue) {
+    CDecimal value("7.25");
+    EXPECT_THROW(value.Parse("7.2x"), CQzInvalidValueException);
+    EXPECT_EQ("7.25", value.ToString());
+}
+
+// Collectors grow with the text: long digit runs are read in full.
+TEST(CDecimalParseTest, LongDigitRunsAreReadInFull) {
+    std::string integer(2000, '7');
+    EXPECT_EQ(integer, Text(integer.c_str()));
+    EXPECT_EQ(integer + ".5", Text((integer + ".5").c_str()));
+    std::string exponent = "1E" + std::string(40, '0') + "3";
+    EXPECT_EQ("1000", Text(exponent.c_str()));
+}
+
+TEST(CDecimalParseTest, HugePositiveExponentIsRefused) {
+    EXPECT_EQ("The string representing a Decimal, contained an exponent out of range [1E100001].",
+              MessageOf<CQzInvalidValueException>([] { CDecimal("1E100001"); }));
+    EXPECT_EQ("The string representing a Decimal, contained an exponent out of range [1E99999999999999999999].",
+              MessageOf<CQzInvalidValueException>([] { CDecimal("1E99999999999999999999"); }));
+}
+
+// 31 places drop to 30 by the tie rule; Rationalise ran before, so a final zero stays.
+TEST(CDecimalParseTest, ThirtyOnePlacesRoundToThirty) {
+    EXPECT_EQ("0.123456789012345678901234567890", Text("0.1234567890123456789012345678905"));
+    EXPECT_EQ("0.123456789012345678901234567891", Text("0.1234567890123456789012345678906"));
+    EXPECT_EQ("-0.123456789012345678901234567890", Text("-0.1234567890123456789012345678905"));
+    EXPECT_EQ("-0.123456789012345678901234567891", Text("-0.1234567890123456789012345678906"));
+}
+
+TEST(CDecimalParseTest, FromDouble) {
+    EXPECT_EQ("0.1", CDecimal(0.1).ToString());
+    EXPECT_EQ("-2.5", CDecimal(-2.5).ToString());
+    EXPECT_EQ("100000000000000000000", CDecimal(1e20).ToString());
+    EXPECT_EQ("0.0000000000001", CDecimal(1e-13).ToString());
+    EXPECT_EQ("0", CDecimal(1e-14).ToString());
+    EXPECT_EQ(InvalidChar(0, "nan\n"),
+              MessageOf<CQzInvalidValueException>([] { CDecimal(std::numeric_limits<double>::quiet_NaN()); }));
+    EXPECT_EQ(InvalidChar(0, "inf\n"),
+              MessageOf<CQzInvalidValueException>([] { CDecimal(std::numeric_limits<double>::infinity()); }));
+}
+
+// --- scale ---------------------------------------------------------------------------
+
+// The rounding carry never leaves the fraction: 0.96 at one place prints "0.10".
+TEST(CDecimalScaleTest, RoundingCarryStaysInTheFraction) {
+    CDecimal value("0.96");
+    value.ChangeFractionalDivider(1);
+    EXPECT_EQ("10", value.GetFraction().ToString());
+    EXPECT_EQ("0.10", value.ToString());
+    CDecimal negative("-0.96");
+    negative.ChangeFractionalDivider(1);
+    EXPECT_EQ("-0.10", negative.ToString());
+}
+
+TEST(CDecimalScaleTest, LoweringRoundsTiesTowardsZero) {
+    struct Row {
+        const char* text;
+        int places;
+        const char* expected;
+    } rows[] = {
+        {"2.25", 1, "2.2"},   {"2.26", 1, "2.3"},   {"-2.25", 1, "-2.2"}, {"-2.26", 1, "-2.3"},
+        {"2.5", 0, "2"},      {"2.51", 0, "3"},     {"-2.5", 0, "-2"},    {"-2.51", 0, "-3"},
+        {"0.04", 1, "0"},     {"-0.06", 1, "-0.1"}, {"1.04", 1, "1"},     {"1.449", 1, "1.4"},
+        {"-1.06", 1, "-1.1"}, {"0.5", 0, "0"},      {"0.6", 0, "1"},      {"-0.6", 0, "-1"},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.text);
+        CDecimal value(row.text);
+        value.ChangeFractionalDivider(row.places);
+        EXPECT_EQ(row.expected, value.ToString());
+    }
+}
+
+TEST(CDecimalScaleTest, RaisingIsExactAndRationaliseUndoesIt) {
+    CDecimal value("1.5");
+    value.ChangeFractionalDivider(4);
+    EXPECT_EQ("5000", value.GetFraction().ToString());
+    EXPECT_EQ("1.5000", value.ToString());
+    value.Rationalise();
+    EXPECT_EQ(1, value.GetFractionalDivider());
+    EXPECT_EQ("1.5", value.ToString());
+
+    CDecimal zeroFraction(CBigInteger(3), CBigInteger(0), 5);
+    zeroFraction.Rationalise();
+    EXPECT_EQ(1, zeroFraction.GetFractionalDivider());
+    CDecimal noPlaces(CBigInteger(3), CBigInteger(0), 0);
+    noPlaces.Rationalise();
+    EXPECT_EQ(0, noPlaces.GetFractionalDivider());
+}
+
+TEST(CDecimalScaleTest, NormalizeRaisesTheShorterOperand) {
+    CDecimal a("1.5");
+    CDecimal b("2.125");
+    EXPECT_EQ(3, CDecimal::Normalize(a, b));
+    EXPECT_EQ(3, a.GetFractionalDivider());
+    EXPECT_EQ("500", a.GetFraction().ToString());
+    EXPECT_EQ("125", b.GetFraction().ToString());
+}
+
+TEST(CDecimalScaleTest, NegativePlacesAreRefused) {
+    CDecimal value("1.5");
+    EXPECT_EQ("ERROR: A Decimal cannot have a negative number of places.",
+              MessageOf<CQzInvalidParamException>([&] { value.ChangeFractionalDivider(-1); }));
+    EXPECT_EQ("1.5", value.ToString());
+}
+
+// --- arithmetic ----------------------------------------------------------------------
+
+TEST(CDecimalArithmeticTest, AdditionCarriesAndSigns) {
+    EXPECT_EQ("1", (CDecimal("0.5") + CDecimal("0.5")).ToString());
+    EXPECT_EQ("-1", (CDecimal("-0.5") + CDecimal("-0.5")).ToString());
+    EXPECT_EQ("-0.2", (CDecimal("0.3") - CDecimal("0.5")).ToString());
+    EXPECT_EQ("-0.2", (CDecimal("1.3") - CDecimal("1.5")).ToString());
+    EXPECT_EQ("0.8", (CDecimal("2.3") - CDecimal("1.5")).ToString());
+    EXPECT_EQ("-0.8", (CDecimal("-2.3") + CDecimal("1.5")).ToString());
+    EXPECT_EQ("10.01", (CDecimal("9.999") + CDecimal("0.011")).ToString());
+    EXPECT_EQ("0", (CDecimal("1.25") - CDecimal("1.25")).ToString());
+    CDecimal x("1.5");
+    x += CDecimal("2.25");
+    x -= CDecimal("0.75");
+    EXPECT_EQ("3", x.ToString());
+}
+
+// A fraction far above its scale (only the unchecked constructor makes one) is carried
+// out in one step rather than one unit at a time.
+TEST(CDecimalArithmeticTest, OversizedFractionIsCarriedIntoTheInteger) {
+    CDecimal odd(CBigInteger(0), CBigInteger(("1" + std::string(40, '0')).c_str()), 1);
+    EXPECT_EQ("1" + std::string(39, '0'), (odd + CDecimal()).ToString());
+    CDecimal negative(CBigInteger(-2), CBigInteger("-25"), 1);
+    EXPECT_EQ("-4.5", (negative + CDecimal()).ToString());
+}
+
+TEST(CDecimalArithmeticTest, MultiplicationKeepsThirtyPlaces) {
+    EXPECT_EQ("2.25", (CDecimal("1.5") * CDecimal("1.5")).ToString());
+    EXPECT_EQ("-1.5", (CDecimal("-0.5") * CDecimal(3)).ToString());
+    EXPECT_EQ("0.25", (CDecimal("-0.5") * CDecimal("-0.5")).ToString());
+    EXPECT_EQ("0.000000000000000000000000000001",
+              (CDecimal("0.000000000000001") * CDecimal("0.000000000000001")).ToString());
+    // 1E-16 * 5E-15 = 5E-31: a tie at the 31st place rounds towards zero.
+    EXPECT_EQ("0", (CDecimal("0.0000000000000001") * CDecimal("0.000000000000005")).ToString());
+    EXPECT_EQ("0.000000000000000000000000000001",
+              (CDecimal("0.0000000000000001") * CDecimal("0.000000000000006")).ToString());
+    CDecimal x("1.1");
+    x *= CDecimal("1.1");
+    EXPECT_EQ("1.21", x.ToString());
+}
+
+TEST(CDecimalArithmeticTest, DivisionRoundsAtThirtyPlaces) {
+    EXPECT_EQ("0." + std::string(30, '3'), (CDecimal(1) / CDecimal(3)).ToString());
+    EXPECT_EQ("-0." + std::string(30, '3'), (CDecimal(-1) / CDecimal(3)).ToString());
+    EXPECT_EQ("0." + std::string(29, '6') + "7", (CDecimal(2) / CDecimal(3)).ToString());
+    EXPECT_EQ("-0." + std::string(29, '6') + "7", (CDecimal(2) / CDecimal(-3)).ToString());
+    EXPECT_EQ("2.5", (CDecimal(5) / CDecimal(2)).ToString());
+    EXPECT_EQ("-4", (CDecimal("10") / CDecimal("-2.5")).ToString());
+    EXPECT_EQ("0.125", (CDecimal("0.5") / CDecimal(4)).ToString());
+    CDecimal x(1);
+    x /= CDecimal(8);
+    EXPECT_EQ("0.125", x.ToString());
+}
+
+TEST(CDecimalArithmeticTest, DivisionByZeroThrows) {
+    EXPECT_EQ("ERROR: Overflow in operator/.",
+              MessageOf<CQzInvalidValueException>([] { CDecimal(1) / CDecimal("0.0"); }));
+    EXPECT_EQ("ERROR: Overflow in operator/.",
+              MessageOf<CQzInvalidValueException>([] { CDecimal(0) / CDecimal("-0"); }));
+}
+
+TEST(CDecimalArithmeticTest, PrefixChangesTheObject) {
+    CDecimal x("1.5");
+    CDecimal& result = ++x;
+    EXPECT_EQ(&x, &result);
+    EXPECT_EQ("2.5", x.ToString());
+    --x;
+    --x;
+    EXPECT_EQ("0.5", x.ToString());
+}
+
+// The postfix forms return the changed value and leave the object as it was.
+TEST(CDecimalArithmeticTest, PostfixLeavesTheObjectUnchanged) {
+    CDecimal x("1.5");
+    CDecimal incremented = x++;
+    EXPECT_EQ("2.5", incremented.ToString());
+    EXPECT_EQ("1.5", x.ToString());
+    CDecimal decremented = x--;
+    EXPECT_EQ("0.5", decremented.ToString());
+    EXPECT_EQ("1.5", x.ToString());
+}
+
+TEST(CDecimalArithmeticTest, NegationFlipsBothParts) {
+    CDecimal x("3.05");
+    EXPECT_EQ("-3.05", x.GetNegative().ToString());
+    EXPECT_EQ("3.05", x.ToString());
+    x.Negate();
+    EXPECT_EQ("-5", x.GetFraction().ToString());
+    EXPECT_EQ("-3.05", x.ToString());
+}
+
+// --- comparison ----------------------------------------------------------------------
+
+TEST(CDecimalCompareTest, OrderAcrossScalesAndSigns) {
+    EXPECT_TRUE(CDecimal("1.5") == CDecimal("1.50"));
+    EXPECT_TRUE(CDecimal("1.5") < CDecimal("1.50001"));
+    EXPECT_TRUE(CDecimal("-1.5") < CDecimal("-1.2"));
+    EXPECT_TRUE(CDecimal("-0.5") < CDecimal("0.5"));
+    EXPECT_TRUE(CDecimal("2") > CDecimal("1.99"));
+    EXPECT_TRUE(CDecimal("2") >= CDecimal("2.0"));
+    EXPECT_TRUE(CDecimal("2") <= CDecimal("2.0"));
+    EXPECT_FALSE(CDecimal("2.01") <= CDecimal("2"));
+    EXPECT_FALSE(CDecimal("-2.01") >= CDecimal("-2"));
+    EXPECT_TRUE(CDecimal("1.2") != CDecimal("1.21"));
+}
+
+TEST(CDecimalCompareTest, NegativeZeroEqualsZeroButIsLess) {
+    CDecimal negativeZero("-0.0");
+    CDecimal zero("0.0");
+    EXPECT_TRUE(negativeZero == zero);
+    EXPECT_TRUE(negativeZero < zero);
+    EXPECT_FALSE(zero < negativeZero);
+}
+
+// --- printing ------------------------------------------------------------------------
+
+TEST(CDecimalToStringTest, ZeroPaddedFraction) {
+    EXPECT_EQ("0.001", CDecimal(CBigInteger(0), CBigInteger(1), 3).ToString());
+    EXPECT_EQ("-0.001", CDecimal(CBigInteger("-0"), CBigInteger(-1), 3).ToString());
+    EXPECT_EQ("7", CDecimal(CBigInteger(7), CBigInteger(0), 3).ToString());
+    // The sign comes from the integer part only.
+    EXPECT_EQ("1.5", CDecimal(CBigInteger(1), CBigInteger(-5), 1).ToString());
+    // Long values are printed whole.
+    std::string longText = std::string(3000, '9') + "." + std::string(29, '0') + "1";
+    EXPECT_EQ(longText, Text(longText.c_str()));
+}
+
+TEST(CDecimalToStringTest, FixedPlacesRoundHalfAwayFromZero) {
+    struct Row {
+        const char* text;
+        int places;
+        const char* expected;
+    } rows[] = {
+        {"2.5", 0, "3."},       {"2.4", 0, "2."},      {"12", 0, "12."},     {"1.234", 2, "1.23"},
+        {"1.235", 2, "1.24"},   {"-1.235", 2, "-1.24"}, {"-1.234", 2, "-1.23"}, {"1", 2, "1.00"},
+        {"1.2", 3, "1.200"},    {"0.96", 1, "1.0"},    {"-0.5", 0, "-1."},   {"-0.05", 1, "-0.1"},
+        {"0.995", 2, "1.0"},    {"9.9999", 3, "10.000"}, {"0.04", 1, "0.0"},   {"3.14159", -2, "3."},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(std::string(row.text) + " at " + std::to_string(row.places));
+        EXPECT_EQ(row.expected, CDecimal(row.text).ToString(row.places));
+    }
+}
+
+// --- conversions ---------------------------------------------------------------------
+
+TEST(CDecimalConvertTest, LongLongDropsTheFractionAfterOnePlace) {
+    EXPECT_EQ(2, CDecimal("2.96").ToLongLong());
+    EXPECT_EQ(-2, CDecimal("-2.96").ToLongLong());
+    EXPECT_EQ(9223372036854775807LL, CDecimal("9223372036854775807").ToLongLong());
+    EXPECT_EQ(-9223372036854775807LL - 1, CDecimal("-9223372036854775808.4").ToLongLong());
+    EXPECT_EQ("The Decimal value if to large to fit into a LONGLONG",
+              MessageOf<CQzOverFlowException>([] { CDecimal("9223372036854775808").ToLongLong(); }));
+    EXPECT_EQ("The Decimal value if to large to fit into a LONGLONG",
+              MessageOf<CQzOverFlowException>([] { CDecimal("-9223372036854775809").ToLongLong(); }));
+}
+
+TEST(CDecimalConvertTest, LongRoundsTiesTowardsZero) {
+    EXPECT_EQ(3, CDecimal("2.6").ToLong());
+    EXPECT_EQ(2, CDecimal("2.5").ToLong());
+    EXPECT_EQ(-3, CDecimal("-2.6").ToLong());
+    EXPECT_EQ(-2, CDecimal("-2.5").ToLong());
+    EXPECT_EQ(2147483647, CDecimal("2147483647.4").ToLong());
+    EXPECT_EQ("The Decimal value if to large to fit into a LONG",
+              MessageOf<CQzOverFlowException>([] { CDecimal("2147483647.6").ToLong(); }));
+    EXPECT_EQ("The Decimal value if to large to fit into a LONG",
+              MessageOf<CQzOverFlowException>([] { CDecimal("-2147483649").ToLong(); }));
+}
+
+TEST(CDecimalConvertTest, DoubleWithinItsRange) {
+    EXPECT_DOUBLE_EQ(1.5, CDecimal("1.5").ToDouble());
+    EXPECT_DOUBLE_EQ(-0.001, CDecimal("-0.001").ToDouble());
+    EXPECT_DOUBLE_EQ(1.7e308, CDecimal("1.7E308").ToDouble());
+    EXPECT_EQ("The Decimal value if to large to fit into a Double",
+              MessageOf<CQzOverFlowException>([] { CDecimal("1.8E308").ToDouble(); }));
+    EXPECT_EQ("The Decimal value if to large to fit into a Double",
+              MessageOf<CQzOverFlowException>([] { CDecimal("-1.8E308").ToDouble(); }));
+}
+
+TEST(CDecimalConvertTest, BigIntegerRoundsTiesTowardsZero) {
+    EXPECT_EQ("2", CDecimal("2.5").ToBigInteger().ToString());
+    EXPECT_EQ("3", CDecimal("2.51").ToBigInteger().ToString());
+    EXPECT_EQ("-123456789012345678901234567890", CDecimal("-123456789012345678901234567890.2").ToBigInteger().ToString());
+}
