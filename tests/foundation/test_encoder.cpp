@@ -164,3 +164,172 @@ TEST(EncoderUtf8ToLocalTest, LongText) {
     REQUIRE_UTF8_LOCALE(utf8);
     EXPECT_EQ(text, ToLocal(text.c_str()));
 }
+
+// ---------------------------------------------------------------------------------------------
+// Wide and local text to bytes
+
+namespace {
+std::string Text(const CBinaryData& d) {
+    return d.GetData() ? std::string(reinterpret_cast<const char*>(d.GetData()), d.GetLength()) : std::string();
+}
+} // namespace
+
+TEST(EncoderBinaryTest, UnicodeToUtf8Binary) {
+    EXPECT_EQ(nullptr, CEncoder::UnicodeToUtf8Binary(L"").GetData());
+    EXPECT_EQ(nullptr, CEncoder::UnicodeToUtf8Binary(nullptr).GetData());
+    EXPECT_EQ("plain", Text(CEncoder::UnicodeToUtf8Binary(L"plain")));
+    EXPECT_EQ(kMixed, Text(CEncoder::UnicodeToUtf8Binary(L"a\u00E9\u20AC\U0001F600z")));
+    // A surrogate has no UTF-8 form: the whole text counts as nothing.
+    const wchar_t surrogate[] = {'a', 0xD800, 0};
+    EXPECT_EQ(nullptr, CEncoder::UnicodeToUtf8Binary(surrogate).GetData());
+}
+
+TEST(EncoderBinaryTest, LocalCodePageToUnicodeBinaryGivesFourBytesPerCharacter) {
+    CBinaryData ab = CEncoder::LocalCodePageToUnicodeBinary("ab");
+    ASSERT_EQ(8u, ab.GetLength());
+    const wchar_t expected[] = {L'a', L'b'};
+    EXPECT_EQ(0, std::memcmp(expected, ab.GetData(), 8));
+    EXPECT_EQ(nullptr, CEncoder::LocalCodePageToUnicodeBinary("").GetData());
+
+    REQUIRE_UTF8_LOCALE(utf8);
+    CBinaryData wide = CEncoder::LocalCodePageToUnicodeBinary("\xC3\xA9\xFF");
+    ASSERT_EQ(8u, wide.GetLength());
+    const wchar_t expectedWide[] = {0xE9, L'?'}; // an undecodable byte becomes "?"
+    EXPECT_EQ(0, std::memcmp(expectedWide, wide.GetData(), 8));
+    {
+        AsciiOnlyScope on(true); // not looked at here
+        EXPECT_EQ(4u, CEncoder::LocalCodePageToUnicodeBinary("\xC3\xA9").GetLength());
+    }
+}
+
+TEST(EncoderBinaryTest, LocalCodePageToUtf8Binary) {
+    EXPECT_EQ(nullptr, CEncoder::LocalCodePageToUtf8Binary("").GetData());
+    EXPECT_EQ("abc", Text(CEncoder::LocalCodePageToUtf8Binary("abc")));
+    {
+        AsciiOnlyScope on(true);
+        EXPECT_EQ("a\xFF\xC3\xA9", Text(CEncoder::LocalCodePageToUtf8Binary("a\xFF\xC3\xA9")));
+    }
+    REQUIRE_UTF8_LOCALE(utf8);
+    EXPECT_EQ(kMixed, Text(CEncoder::LocalCodePageToUtf8Binary(kMixed)));
+    // Each byte that starts no complete character becomes "?", the cut-off euro sign two of them.
+    EXPECT_EQ("a?b??", Text(CEncoder::LocalCodePageToUtf8Binary("a\xFF" "b\xE2\x82")));
+    std::string longText(1000, 'x');
+    longText += "\xC3\xA9";
+    EXPECT_EQ(longText, Text(CEncoder::LocalCodePageToUtf8Binary(longText.c_str())));
+}
+
+// ---------------------------------------------------------------------------------------------
+// UTF-16BE to the local code page
+
+namespace {
+std::string FromUtf16BE(const std::string& bytes) {
+    return CEncoder::Utf16ToLocalCodePage(reinterpret_cast<unsigned char*>(const_cast<char*>(bytes.data())),
+                                          static_cast<int>(bytes.size()));
+}
+const std::string kBE("\0a\0\xE9\x20\xAC\xD8\x3D\xDE\x00\0z", 12); // a é € 😀 z, big-endian
+} // namespace
+
+TEST(EncoderUtf16Test, BigEndianBytesAreSwapped) {
+    EXPECT_EQ("a???z", FromUtf16BE(kBE));
+    EXPECT_EQ("", FromUtf16BE(std::string()));
+    EXPECT_EQ("", FromUtf16BE(std::string("\0", 1)));
+    EXPECT_EQ("a", FromUtf16BE(std::string("\0a\0", 3))); // the odd last byte is ignored
+    REQUIRE_UTF8_LOCALE(utf8);
+    EXPECT_EQ(kMixed, FromUtf16BE(kBE));
+}
+
+TEST(EncoderUtf16Test, BrokenSurrogateEndsTheText) {
+    EXPECT_EQ("a", FromUtf16BE(std::string("\0a\xD8\x3D\0b", 6)));
+    EXPECT_EQ("a", FromUtf16BE(std::string("\0a\xDE\x00\xD8\x3D", 6)));
+}
+
+// While ASCIIOnly is on the library holds UTF-8, and so does this result.
+TEST(EncoderUtf16Test, AsciiOnlyGivesUtf8) {
+    AsciiOnlyScope on(true);
+    EXPECT_EQ(kMixed, FromUtf16BE(kBE));
+}
+
+TEST(EncoderUtf16Test, LongTextLeavesTheStackBuffers) {
+    std::string be;
+    std::string expected;
+    for (int i = 0; i < 700; ++i) {
+        be += std::string("\x20\xAC", 2);
+        expected += '?';
+    }
+    EXPECT_EQ(expected, FromUtf16BE(be));
+    REQUIRE_UTF8_LOCALE(utf8);
+    std::string euros;
+    for (int i = 0; i < 700; ++i)
+        euros += "\xE2\x82\xAC";
+    EXPECT_EQ(euros, FromUtf16BE(be));
+}
+
+// ---------------------------------------------------------------------------------------------
+// Free helpers
+
+TEST(UnicodeToMultiByteTest, UsesTheLocaleAndIgnoresAsciiOnly) {
+    EXPECT_EQ("", UnicodeToMultiByte(nullptr));
+    EXPECT_EQ("a?", UnicodeToMultiByte(L"a\u00E9"));
+    AsciiOnlyScope on(true);
+    EXPECT_EQ("a?", UnicodeToMultiByte(L"a\u00E9"));
+}
+
+TEST(FindReplaceTest, ReplacesEveryOccurrence) {
+    std::string text = "aXa";
+    FindReplace(text, "a", "b");
+    EXPECT_EQ("bXb", text);
+
+    text = "1.000.000";
+    FindReplace(text, ".", "");
+    EXPECT_EQ("1000000", text);
+
+    text = "nothing here";
+    FindReplace(text, "zz", "y");
+    EXPECT_EQ("nothing here", text);
+
+    std::wstring wide = L"x--y--z";
+    FindReplace(wide, std::wstring(L"--"), std::wstring(L"+"));
+    EXPECT_EQ(L"x+y+z", wide);
+}
+
+// The search starts again from the beginning, so occurrences formed by a replacement go too.
+TEST(FindReplaceTest, OccurrencesFormedByReplacementAreReplaced) {
+    std::string text = "aabb";
+    FindReplace(text, "ab", "");
+    EXPECT_EQ("", text);
+
+    text = "xaaaa";
+    FindReplace(text, "aa", "a");
+    EXPECT_EQ("xa", text);
+
+    text = "abcbc";
+    FindReplace(text, "bc", "c"); // "acbc" -> "acc"
+    EXPECT_EQ("acc", text);
+}
+
+// Arguments that would make the loop endless are refused.
+TEST(FindReplaceTest, EndlessArgumentsThrow) {
+    std::string text = "abc";
+    try {
+        FindReplace(text, "", "x");
+        FAIL() << "no exception";
+    } catch (const CQzInvalidParamException& e) {
+        EXPECT_EQ("FindReplace: the text to find is empty", e.GetMessage());
+    }
+    try {
+        FindReplace(text, "b", "bb");
+        FAIL() << "no exception";
+    } catch (const CQzInvalidParamException& e) {
+        EXPECT_EQ("FindReplace: the replacement contains the text to find", e.GetMessage());
+    }
+    EXPECT_EQ("abc", text);
+    std::wstring wide = L"abc";
+    EXPECT_THROW(FindReplace(wide, std::wstring(L"a"), std::wstring(L"xa")), CQzInvalidParamException);
+}
+
+TEST(StruprTest, UppercasesInPlace) {
+    char text[] = "mixed Case-09\xE9";
+    EXPECT_EQ(text, strupr(text));
+    EXPECT_STREQ("MIXED CASE-09\xE9", text); // "C" locale: high bytes stay
+    EXPECT_EQ(nullptr, strupr(nullptr));
+}
