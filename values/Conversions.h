@@ -7,6 +7,7 @@
 #ifndef QZXML_VALUES_CONVERSIONS_H
 #define QZXML_VALUES_CONVERSIONS_H
 
+#include "foundation/Exceptions.h"
 #include "values/BigInteger.h"
 #include "values/BinaryData.h"
 #include "values/DateTime.h"
