@@ -122,7 +122,7 @@ char* AppendPadded(char* out, unsigned value, int width) {
     return out;
 }
 
-// Same text as ToFracString, written into a buffer (no "." for a zero fraction).
+// The shortest fraction text (see ToFracString) written into a buffer; nothing for a zero fraction.
 char* AppendFraction(char* out, unsigned milli, unsigned micro, unsigned nano) {
     if (milli == 0 && micro == 0 && nano == 0)
         return out;
@@ -187,13 +187,11 @@ std::string TrimTrainingZeros(std::string text) {
 }
 
 std::string ToFracString(unsigned short milli, unsigned short micro, unsigned short nano) {
-    if (nano != 0)
-        return "." + PadZero(milli, 3) + PadZero(micro, 3) + TrimTrainingZeros(PadZero(nano, 3));
-    if (micro != 0)
-        return "." + PadZero(milli, 3) + TrimTrainingZeros(PadZero(micro, 3));
-    if (milli != 0)
-        return "." + TrimTrainingZeros(PadZero(milli, 3));
-    return std::string();
+    // The same text as "." + PadZero(milli, 3) + PadZero(micro, 3) + TrimTrainingZeros(PadZero(nano, 3))
+    // and its shorter forms, written without temporaries.
+    char buffer[24];
+    char* end = AppendFraction(buffer, milli, micro, nano);
+    return std::string(buffer, end);
 }
 
 int Compare(const CDateTime& a, const CDateTime& b) {

@@ -363,4 +363,22 @@ TEST(CDateTimeFormatTest, PadZeroTrimAndFraction) {
     value.SetMilliSecond(1000);
     value.SetNanoSecond(1230);
     EXPECT_EQ(value.ToString(), "00:00:00" + ToFracString(1000, 0, 1230));
+
+    // The fraction text is the composition of PadZero and TrimTrainingZeros, for every field
+    // value a parser or setter can produce.
+    auto reference = [](unsigned short milli, unsigned short micro, unsigned short nano) -> std::string {
+        if (nano != 0)
+            return "." + PadZero(milli, 3) + PadZero(micro, 3) + TrimTrainingZeros(PadZero(nano, 3));
+        if (micro != 0)
+            return "." + PadZero(milli, 3) + TrimTrainingZeros(PadZero(micro, 3));
+        if (milli != 0)
+            return "." + TrimTrainingZeros(PadZero(milli, 3));
+        return "";
+    };
+    const unsigned short samples[] = {0,   1,   9,   10,  50,  99,   100,  101,
+                                      120, 500, 909, 990, 999, 1000, 1230, 65535};
+    for (unsigned short a : samples)
+        for (unsigned short b : samples)
+            for (unsigned short c : samples)
+                ASSERT_EQ(ToFracString(a, b, c), reference(a, b, c)) << a << " " << b << " " << c;
 }
