@@ -1,6 +1,5 @@
-// Tests of CTextStream (collection, encoding to UTF-8 and UTF-16LE) and
-// CFileTextStream (mark, flushing what has not been written yet, failures and
-// their messages).
+// Tests of CTextStream (collection, encoding to UTF-8 and UTF-16LE) and CFileTextStream (mark, flushing
+// what has not been written yet, failures and their messages).
 #include "foundation/TextStream.h"
 
 #include "foundation/Encoder.h"
@@ -9,6 +8,8 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdint>
+#include <cstring>
 #include <string>
 
 using namespace QzXmlLib16;
@@ -53,8 +54,8 @@ const std::string kUtf16Sample("a\0\xE9\0\xAC\x20\x3D\xD8\x00\xDE", 10);
 
 } // namespace
 
-// Note pinned: a default stream serves the to-string operations only; it collects text but
-// refuses to encode it.
+// Note pinned: a default stream serves the to-string operations only; it collects text but refuses to
+// encode it.
 TEST(CTextStreamTest, DefaultStreamRefusesToEncode) {
     CTextStream stream;
     EXPECT_EQ(EncodingDefault, stream.GetEncoding());
@@ -65,8 +66,7 @@ TEST(CTextStreamTest, DefaultStreamRefusesToEncode) {
     EXPECT_EQ(kUnknownEncoding, MessageOf([&] { named.GetEncodedStream(); }));
 }
 
-// The Append forms, the length, Open emptying the text and the text surviving
-// Close.
+// The Append forms, the length, Open emptying the text and the text surviving Close.
 TEST(CTextStreamTest, CollectsTextAcrossAppendForms) {
     CTextStream stream(EncodingUTF8);
     EXPECT_EQ(0u, stream.GetLength());
@@ -86,9 +86,8 @@ TEST(CTextStreamTest, CollectsTextAcrossAppendForms) {
     EXPECT_STREQ("", stream.GetText());
 }
 
-// UTF-16 is two bytes a character, little-endian, without a mark in memory
-// ("ab" is 4 bytes, not the 8 of the 32-bit wide form); an empty text encodes
-// to nothing.
+// UTF-16 is two bytes a character, little-endian, without a mark in memory ("ab" is 4 bytes, not the 8 of
+// the 32-bit wide form); an empty text encodes to nothing.
 TEST(CTextStreamTest, EncodesAsciiText) {
     EXPECT_EQ("<ab/>", Encoded(EncodingUTF8, "<ab/>"));
     EXPECT_EQ(std::string("a\0b\0", 4), Encoded(EncodingUTF16, "ab"));
@@ -99,8 +98,7 @@ TEST(CTextStreamTest, EncodesAsciiText) {
     }
 }
 
-// In a UTF-8 locale, characters above U+FFFF become surrogate pairs; U+10FFFF
-// is the last.
+// In a UTF-8 locale, characters above U+FFFF become surrogate pairs; U+10FFFF is the last.
 TEST(CTextStreamTest, EncodesUtf16WithSurrogatePairs) {
     ScopedLocale locale("C.UTF-8");
     if (!locale.Ok())
@@ -108,13 +106,70 @@ TEST(CTextStreamTest, EncodesUtf16WithSurrogatePairs) {
     EXPECT_EQ(kUtf16Sample, Encoded(EncodingUTF16, kUtf8Sample));
     EXPECT_EQ(std::string("\xFF\xDB\xFF\xDF", 4), Encoded(EncodingUnicode, "\xF4\x8F\xBF\xBF"));
     EXPECT_EQ(kUtf8Sample, Encoded(EncodingUTF8, kUtf8Sample));
-    // A byte that is no character of the locale becomes "?", after and before
-    // ASCII.
+    // A byte that is no character of the locale becomes "?", after and before ASCII.
     EXPECT_EQ(std::string("x\0?\0y\0", 6), Encoded(EncodingUTF16, "x\xFFy"));
 }
 
-// With ASCIIOnly the text is UTF-8 already, whatever the locale: it goes to
-// UTF-16 as such, and each byte of a malformed sequence becomes "?".
+// CEncoder's wide form narrowed to UTF-16LE the plain way, "?" where there is no UTF-16 form: the
+// reference for the stream.
+std::string NarrowedWide(const CBinaryData& wide) {
+    std::string out;
+    for (unsigned long i = 0; i + 4 <= wide.GetLength(); i += 4) {
+        wchar_t c;
+        memcpy(&c, wide.GetData() + i, 4);
+        uint32_t u = static_cast<uint32_t>(c);
+        auto unit = [&out](uint32_t v) {
+            out += static_cast<char>(v & 0xFF);
+            out += static_cast<char>(v >> 8);
+        };
+        if (u > 0x10FFFF || (u >= 0xD800 && u <= 0xDFFF)) {
+            unit('?'); // no UTF-16 form (glibc reads F4 90 80 80 as U+110000)
+        } else if (u < 0x10000) {
+            unit(u);
+        } else {
+            unit(0xD800 + ((u - 0x10000) >> 10));
+            unit(0xDC00 + ((u - 0x10000) & 0x3FF));
+        }
+    }
+    return out;
+}
+
+// The stream encodes in one pass, skipping ASCII runs, and must give exactly the bytes of
+// CEncoder's conversions (the wide form narrowed), in the C locale and a UTF-8 one, for valid,
+// cut-off, overlong, surrogate and out-of-range text alike.
+TEST(CTextStreamTest, EncodingMatchesCEncoder) {
+    std::string mixed;
+    for (int i = 0; i < 50; ++i)
+        mixed +=
+            "<name>J\xC3\xBCrgen M\xC3\xBCller</name>\n\xE2\x82\xAC" + std::to_string(i) + "\xF0\x9F\x98\x80";
+    const std::string inputs[] = {"",
+                                  "plain ascii text, longer than eight bytes",
+                                  kUtf8Sample,
+                                  "x\xFFy",
+                                  "\xC3",
+                                  "abcdefgh\xE2\x82",
+                                  "\xED\xA0\x80",
+                                  "\xF4\x90\x80\x80",
+                                  "\xC0\xAF",
+                                  "\x80\x80"
+                                  "abc",
+                                  mixed};
+    for (const char* name : {"C", "C.UTF-8"}) {
+        ScopedLocale locale(name);
+        if (!locale.Ok())
+            continue;
+        for (const std::string& input : inputs) {
+            SCOPED_TRACE(std::string(name) + ": " + input.substr(0, 20));
+            EXPECT_EQ(Bytes(CEncoder::LocalCodePageToUtf8Binary(input.c_str())),
+                      Encoded(EncodingUTF8, input));
+            EXPECT_EQ(NarrowedWide(CEncoder::LocalCodePageToUnicodeBinary(input.c_str())),
+                      Encoded(EncodingUTF16, input));
+        }
+    }
+}
+
+// With ASCIIOnly the text is UTF-8 already, whatever the locale: it goes to UTF-16 as such, and each byte
+// of a malformed sequence becomes "?".
 TEST(CTextStreamTest, AsciiOnlyTextIsEncodedAsUtf8) {
     ScopedAsciiOnly asciiOnly;
     EXPECT_EQ(kUtf16Sample, Encoded(EncodingUTF16, kUtf8Sample));
@@ -124,8 +179,7 @@ TEST(CTextStreamTest, AsciiOnlyTextIsEncodedAsUtf8) {
     EXPECT_EQ(kUtf8Sample, Encoded(EncodingUTF8, kUtf8Sample));
 }
 
-// Nothing is touched before Open; Open writes the mark for UTF-16 only; Close
-// writes the text.
+// Nothing is touched before Open; Open writes the mark for UTF-16 only; Close writes the text.
 TEST(CFileTextStreamTest, OpenWritesMarkAndCloseWritesText) {
     TempDir dir;
     struct Row {
@@ -150,8 +204,8 @@ TEST(CFileTextStreamTest, OpenWritesMarkAndCloseWritesText) {
     }
 }
 
-// Each Flush writes exactly the text collected since the previous one and
-// empties the stream; a Flush with nothing collected writes nothing.
+// Each Flush writes exactly the text collected since the previous one and empties the stream; a Flush with
+// nothing collected writes nothing.
 TEST(CFileTextStreamTest, FlushWritesWhatWasNotYetWritten) {
     TempDir dir;
     std::string path = dir.File("flush.xml");
@@ -169,9 +223,8 @@ TEST(CFileTextStreamTest, FlushWritesWhatWasNotYetWritten) {
     EXPECT_EQ(kMark + std::string("a\0b\0c\0d\0", 8), ReadFile(path));
 }
 
-// The writers' pattern: characters appended one byte at a time, a Flush
-// whenever 4096 or more are held. A multibyte character cut by a Flush must not
-// turn into "?".
+// The writers' pattern: characters appended one byte at a time, a Flush whenever 4096 or more are held. A
+// multibyte character cut by a Flush must not turn into "?".
 TEST(CFileTextStreamTest, FlushNeverSplitsACharacter) {
     ScopedLocale locale("C.UTF-8");
     if (!locale.Ok())
@@ -197,8 +250,29 @@ TEST(CFileTextStreamTest, FlushNeverSplitsACharacter) {
     }
 }
 
-// A character that is never completed is written at Close as the encoding
-// renders it.
+// With ASCIIOnly the stream holds UTF-8 in any locale; a UTF-8 sequence cut by a Flush must not
+// turn into "?" in UTF-16 output either.
+TEST(CFileTextStreamTest, AsciiOnlyFlushNeverSplitsACharacter) {
+    ScopedAsciiOnly asciiOnly;
+    TempDir dir;
+    std::string text, utf16;
+    for (int i = 0; i < 3000; ++i) {
+        text += kUtf8Sample;
+        utf16 += kUtf16Sample;
+    }
+    std::string path = dir.File("ascii-only.xml");
+    CFileTextStream stream(path.c_str(), EncodingUnicode);
+    stream.Open();
+    for (char c : text) {
+        stream.Append(c);
+        if (stream.GetLength() >= 4096)
+            stream.Flush();
+    }
+    stream.Close();
+    EXPECT_EQ(kMark + utf16, ReadFile(path));
+}
+
+// A character that is never completed is written at Close as the encoding renders it.
 TEST(CFileTextStreamTest, CloseWritesAnIncompleteTail) {
     ScopedLocale locale("C.UTF-8");
     if (!locale.Ok())
@@ -256,9 +330,8 @@ TEST(CFileTextStreamTest, OpenOfUnwritablePathRaises) {
     EXPECT_FALSE(streamtest::Exists(dir.File("missing")));
 }
 
-// A failed write raises the message without a path and closes the file; a full
-// disk seen only when closing raises with the path. Text without an open file
-// can't be written.
+// A failed write raises the message without a path and closes the file; a full disk seen only when closing
+// raises with the path. Text without an open file can't be written.
 TEST(CFileTextStreamTest, WriteFailuresRaise) {
     CFileTextStream big("/dev/full", EncodingUTF8);
     big.Open();
