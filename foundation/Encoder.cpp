@@ -66,6 +66,26 @@ CodeSet CurrentCodeSet() {
     return {false, false};
 }
 
+// Bytes of the longest prefix that is legal UTF-8 and holds no NUL. In a UTF-8 locale this
+// prefix is exactly what decoding (which stops at the first illegal unit), cutting at the first
+// NUL and encoding again with wcrtomb give: UTF-8 has one form per scalar value.
+size_t LegalUtf8Prefix(const unsigned char* bytes, size_t n) {
+    size_t i = 0;
+    while (i < n) {
+        const unsigned char lead = bytes[i];
+        if (lead == 0)
+            break;
+        if (lead < 0x80) {
+            ++i;
+            continue;
+        }
+        if (!IsLegalUTF8Sequence(bytes + i, bytes + n))
+            break;
+        i += lead < 0xE0 ? 2 : (lead < 0xF0 ? 3 : 4); // a legal lead byte is 0xC2..0xF4
+    }
+    return i;
+}
+
 bool IsAscii(const unsigned char* bytes, unsigned long n) {
     return !DoesUTF8StrContainAnyCharsLargerThanOneByte(const_cast<unsigned char*>(bytes), n);
 }
@@ -236,6 +256,9 @@ std::string CEncoder::Utf8ToLocalCodePage(unsigned char* bytes, int length, wcha
         const size_t used = nul ? static_cast<size_t>(static_cast<const unsigned char*>(nul) - bytes) : n;
         return std::string(reinterpret_cast<const char*>(bytes), used);
     }
+
+    if (codeset.utf8)
+        return std::string(reinterpret_cast<const char*>(bytes), LegalUtf8Prefix(bytes, n));
 
     std::unique_ptr<wchar_t[]> ownedWide;
     wchar_t* wide = wideBuffer;

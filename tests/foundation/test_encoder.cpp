@@ -1,6 +1,7 @@
 // Tests of CEncoder, the ASCIIOnly switch and the small text helpers.
 #include "foundation/Encoder.h"
 
+#include "foundation/ConvertUTF.h"
 #include "foundation/Exceptions.h"
 
 #include <gtest/gtest.h>
@@ -11,6 +12,7 @@
 #include <cstring>
 #include <new>
 #include <string>
+#include <vector>
 
 using namespace QzXmlLib16;
 
@@ -108,6 +110,22 @@ TEST(EncoderUtf8ToLocalTest, Utf8LocaleKeepsText) {
     EXPECT_EQ(kMixed, ToLocal(kMixed));
     // The table-driven path gives what the locale's own wcrtomb gives.
     EXPECT_EQ(UnicodeToMultiByte(L"a\u00E9\u20AC\U0001F600z"), ToLocal(kMixed));
+}
+
+// In a UTF-8 locale the result is the legal prefix of the input taken directly; it must equal
+// decoding, cutting at a NUL and narrowing with the locale's own wcrtomb.
+TEST(EncoderUtf8ToLocalTest, Utf8LocaleShortcutMatchesTheLocale) {
+    REQUIRE_UTF8_LOCALE(utf8);
+    const std::string inputs[] = {
+        std::string(kMixed), std::string("x\xF4\x8F\xBF\xBFy"), std::string("\xC3\xA9\xC3"),
+        std::string("\xE0\x80\x80z"), std::string("\xEF\xBF\xBD!"), std::string("\xC3\xA9\0\xC3\xA9", 5),
+        std::string("ok\xF0\x9F\x98"), std::string("\x80"), std::string("\xC2\x80\xDF\xBF")};
+    for (const std::string& in : inputs) {
+        std::vector<wchar_t> wide(in.size() + 1, 0);
+        unsigned char* bytes = reinterpret_cast<unsigned char*>(const_cast<char*>(in.data()));
+        UTF8ToUnicode(bytes, in.size(), wide.data(), in.size());
+        EXPECT_EQ(UnicodeToMultiByte(wide.data()), ToLocal(in.data(), static_cast<int>(in.size()))) << in;
+    }
 }
 
 // Invalid UTF-8 silently ends the text; a NUL ends it too.
