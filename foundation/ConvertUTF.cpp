@@ -35,7 +35,9 @@ constexpr UTF32 kSurrogateHighEnd = 0xDBFF;
 constexpr UTF32 kSurrogateLowStart = 0xDC00;
 constexpr UTF32 kSurrogateLowEnd = 0xDFFF;
 
-inline bool IsSurrogate(UTF32 c) { return c >= kSurrogateHighStart && c <= kSurrogateLowEnd; }
+inline bool IsSurrogate(UTF32 c) {
+    return c >= kSurrogateHighStart && c <= kSurrogateLowEnd;
+}
 
 // ---------------------------------------------------------------------------------------------
 // Sources: each yields one code point per Next call
@@ -227,8 +229,12 @@ template <class Source, class Target> unsigned long Convert(Source src, Target t
     return count;
 }
 
-const unsigned char* Bytes(const UTF16* p) { return reinterpret_cast<const unsigned char*>(p); }
-unsigned char* Bytes(UTF16* p) { return reinterpret_cast<unsigned char*>(p); }
+const unsigned char* Bytes(const UTF16* p) {
+    return reinterpret_cast<const unsigned char*>(p);
+}
+unsigned char* Bytes(UTF16* p) {
+    return reinterpret_cast<unsigned char*>(p);
+}
 
 } // namespace
 
@@ -297,14 +303,14 @@ bool IsLegalUTF8Sequence(const unsigned char* source, const unsigned char* sourc
 
 unsigned long ConvertUTF32toUTF16(const UTF32* sourceStart, const UTF32* sourceEnd, UTF16* targetStart,
                                   UTF16* targetEnd) {
-    return Convert(Utf32Source<UTF32>{sourceStart, sourceEnd}, Utf16Target{Bytes(targetStart), Bytes(targetEnd)},
-                   targetStart == nullptr);
+    return Convert(Utf32Source<UTF32>{sourceStart, sourceEnd},
+                   Utf16Target{Bytes(targetStart), Bytes(targetEnd)}, targetStart == nullptr);
 }
 
 unsigned long ConvertUTF16toUTF32(const UTF16* sourceStart, const UTF16* sourceEnd, UTF32* targetStart,
                                   UTF32* targetEnd) {
-    return Convert(Utf16Source{Bytes(sourceStart), Bytes(sourceEnd)}, Utf32Target<UTF32>{targetStart, targetEnd},
-                   targetStart == nullptr);
+    return Convert(Utf16Source{Bytes(sourceStart), Bytes(sourceEnd)},
+                   Utf32Target<UTF32>{targetStart, targetEnd}, targetStart == nullptr);
 }
 
 unsigned long ConvertUTF16toUTF8(const UTF16* sourceStart, const UTF16* sourceEnd, UTF8* targetStart,

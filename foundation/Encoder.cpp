@@ -16,7 +16,9 @@ namespace QzXmlLib16 {
 
 bool ASCII_ONLY = false;
 
-void ASCIIOnly(bool asciiOnly) { ASCII_ONLY = asciiOnly; }
+void ASCIIOnly(bool asciiOnly) {
+    ASCII_ONLY = asciiOnly;
+}
 
 namespace {
 
@@ -93,7 +95,9 @@ bool IsAscii(const unsigned char* bytes, unsigned long n) {
 // ---------------------------------------------------------------------------------------------
 // Wide text to the local code page
 
-void ResetState(std::mbstate_t& state) { std::memset(&state, 0, sizeof state); }
+void ResetState(std::mbstate_t& state) {
+    std::memset(&state, 0, sizeof state);
+}
 
 // Measures the narrow form of the NUL-terminated wide text with wcrtomb, counting 1 for each
 // character it refuses, then writes it (refused characters as "?") into narrowBuffer when the
@@ -239,7 +243,8 @@ std::string CEncoder::Utf8ToLocalCodePage(unsigned char* bytes, int length) {
 }
 
 std::string CEncoder::Utf8ToLocalCodePage(unsigned char* bytes, int length, wchar_t* wideBuffer,
-                                          unsigned long wideSize, char* narrowBuffer, unsigned long narrowSize) {
+                                          unsigned long wideSize, char* narrowBuffer,
+                                          unsigned long narrowSize) {
     if (bytes == nullptr || length <= 0)
         return std::string();
     if (ASCII_ONLY)
@@ -359,7 +364,8 @@ std::string CEncoder::Utf16ToLocalCodePage(unsigned char* bytes, int length) {
         const unsigned long chars = static_cast<unsigned long>(std::wcslen(wide));
         const unsigned long size = UnicodeToUTF8(wide, chars, nullptr, 0);
         char* narrow = narrowScratch.Get(size + 1);
-        const unsigned long written = UnicodeToUTF8(wide, chars, reinterpret_cast<unsigned char*>(narrow), size);
+        const unsigned long written =
+            UnicodeToUTF8(wide, chars, reinterpret_cast<unsigned char*>(narrow), size);
         return std::string(narrow, written);
     }
     return DecodedWideToLocal(wide, CurrentCodeSet(), narrowScratch.Get(2 * kStackUnits), 2 * kStackUnits);

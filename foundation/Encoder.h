@@ -39,7 +39,8 @@ public:
     // they are. Note: invalid UTF-8 silently ends the text where it starts, and a character
     // the locale cannot show becomes "?"; the text is also cut at its first NUL. Never throws.
     static std::string Utf8ToLocalCodePage(unsigned char* bytes, int length, wchar_t* wideBuffer,
-                                           unsigned long wideSize, char* narrowBuffer, unsigned long narrowSize);
+                                           unsigned long wideSize, char* narrowBuffer,
+                                           unsigned long narrowSize);
 
     // UTF-8 bytes of a wide text (up to its NUL); empty for "" or null. Text holding a
     // surrogate or a value the UTF-8 form refuses gives an empty result.

@@ -13,7 +13,9 @@ namespace {
 constexpr unsigned long kDefaultBlockSize = 4095;
 
 // A block must hold at least one character, or appending would never end.
-unsigned long BlockSizeFor(unsigned long requested) { return requested > 1 ? requested - 1 : 1; }
+unsigned long BlockSizeFor(unsigned long requested) {
+    return requested > 1 ? requested - 1 : 1;
+}
 
 } // namespace
 
@@ -48,7 +50,9 @@ CStringBuffer& CStringBuffer::operator=(const CStringBuffer& other) {
     return *this;
 }
 
-CStringBuffer::~CStringBuffer() { Clear(); }
+CStringBuffer::~CStringBuffer() {
+    Clear();
+}
 
 // ---------------------------------------------------------------------------------------------
 // Appending
@@ -87,7 +91,9 @@ void CStringBuffer::Append(const char* text) {
     AppendBytes(text, length);
 }
 
-void CStringBuffer::Append(const std::string& text) { Append(text.c_str()); }
+void CStringBuffer::Append(const std::string& text) {
+    Append(text.c_str());
+}
 
 void CStringBuffer::Append(char c) {
     if (m_pCurrent == nullptr || m_nUsed == m_nCapacity)

@@ -13,10 +13,13 @@ namespace {
 // Messages
 
 [[noreturn]] void ThrowIndexOutOfRange(unsigned long index) {
-    throw QzXmlLib16::CQzException(QzXmlLib16::FormatString("Index Out of range [%d]", static_cast<int>(index)));
+    throw QzXmlLib16::CQzException(
+        QzXmlLib16::FormatString("Index Out of range [%d]", static_cast<int>(index)));
 }
 
-[[noreturn]] void ThrowHexLength() { throw QzXmlLib16::CQzException("Invalid length in hex string"); }
+[[noreturn]] void ThrowHexLength() {
+    throw QzXmlLib16::CQzException("Invalid length in hex string");
+}
 
 [[noreturn]] void ThrowHexChar(char c) {
     throw QzXmlLib16::CQzException(QzXmlLib16::FormatString("Invalid char in hex string [%c]", c));
@@ -31,8 +34,8 @@ namespace {
 }
 
 [[noreturn]] void ThrowTooLarge(unsigned long long length) {
-    throw QzXmlLib16::CQzException(
-        QzXmlLib16::FormatString("Binary data too large [%llu bytes]", static_cast<unsigned long long>(length)));
+    throw QzXmlLib16::CQzException(QzXmlLib16::FormatString("Binary data too large [%llu bytes]",
+                                                            static_cast<unsigned long long>(length)));
 }
 
 // ---------------------------------------------------------------------------------------------
@@ -216,9 +219,12 @@ CBinaryData::CBinaryData(const CBinaryData& other) : m_pData(other.m_pData) {
         m_pData->AddRef();
 }
 
-CBinaryData::CBinaryData(CBinaryData&& other) noexcept : m_pData(other.m_pData) { other.m_pData = nullptr; }
+CBinaryData::CBinaryData(CBinaryData&& other) noexcept : m_pData(other.m_pData) {
+    other.m_pData = nullptr;
+}
 
-CBinaryData::CBinaryData(unsigned char* pData, unsigned long nLength, bool bTakeOwnership) : m_pData(nullptr) {
+CBinaryData::CBinaryData(unsigned char* pData, unsigned long nLength, bool bTakeOwnership)
+    : m_pData(nullptr) {
     if (nLength != 0)
         m_pData = new CDataHolder(pData, nLength, bTakeOwnership);
 }
@@ -229,7 +235,9 @@ CBinaryData::CBinaryData(const char* szData) : m_pData(nullptr) {
         m_pData = new CDataHolder(reinterpret_cast<unsigned char*>(const_cast<char*>(szData)), length, false);
 }
 
-CBinaryData::~CBinaryData() { Clear(); }
+CBinaryData::~CBinaryData() {
+    Clear();
+}
 
 void CBinaryData::Clear() {
     if (m_pData) {
@@ -258,9 +266,13 @@ unsigned char* CBinaryData::ReleaseData() {
     return buffer;
 }
 
-unsigned char* CBinaryData::GetData() const { return m_pData ? m_pData->GetData() : nullptr; }
+unsigned char* CBinaryData::GetData() const {
+    return m_pData ? m_pData->GetData() : nullptr;
+}
 
-unsigned long CBinaryData::GetLength() const { return m_pData ? m_pData->GetLength() : 0; }
+unsigned long CBinaryData::GetLength() const {
+    return m_pData ? m_pData->GetLength() : 0;
+}
 
 // ---------------------------------------------------------------------------------------------
 // CBinaryData: writing
@@ -276,16 +288,22 @@ void CBinaryData::Append(unsigned char* pData, unsigned long nLength) {
     m_pData->Append(pData, nLength);
 }
 
-void CBinaryData::Append(unsigned char byte) { Append(&byte, 1); }
+void CBinaryData::Append(unsigned char byte) {
+    Append(&byte, 1);
+}
 
-void CBinaryData::Append(char byte) { Append(reinterpret_cast<unsigned char*>(&byte), 1); }
+void CBinaryData::Append(char byte) {
+    Append(reinterpret_cast<unsigned char*>(&byte), 1);
+}
 
 void CBinaryData::Append(const char* szData) {
     if (szData)
         Append(reinterpret_cast<unsigned char*>(const_cast<char*>(szData)), std::strlen(szData));
 }
 
-void CBinaryData::Append(const std::string& data) { Append(data.c_str()); }
+void CBinaryData::Append(const std::string& data) {
+    Append(data.c_str());
+}
 
 void CBinaryData::Append(const CBinaryData& data) {
     if (&data == this && m_pData) {
@@ -325,7 +343,9 @@ bool CBinaryData::operator==(const CBinaryData& other) const {
     return length == 0 || std::memcmp(m_pData->GetData(), other.m_pData->GetData(), length) == 0;
 }
 
-bool CBinaryData::operator!=(const CBinaryData& other) const { return !(*this == other); }
+bool CBinaryData::operator!=(const CBinaryData& other) const {
+    return !(*this == other);
+}
 
 unsigned char& CBinaryData::operator[](unsigned long nIndex) {
     if (!m_pData || nIndex > m_pData->GetLength())
@@ -416,7 +436,8 @@ unsigned long CBinaryData::ConvertToHexData(const char* szHex, unsigned char** p
 // ---------------------------------------------------------------------------------------------
 // CBase64
 
-const char CBase64::m_sBase64Alphabet[65] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+const char CBase64::m_sBase64Alphabet[65] =
+    "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
 
 const uint32_t CBase64::m_nMask[9] = {0, 1, 3, 7, 15, 31, 63, 127, 255};
 

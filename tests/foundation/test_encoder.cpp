@@ -38,10 +38,18 @@ void* operator new[](std::size_t size) {
         return p;
     throw std::bad_alloc();
 }
-void operator delete(void* p) noexcept { std::free(p); }
-void operator delete[](void* p) noexcept { std::free(p); }
-void operator delete(void* p, std::size_t) noexcept { std::free(p); }
-void operator delete[](void* p, std::size_t) noexcept { std::free(p); }
+void operator delete(void* p) noexcept {
+    std::free(p);
+}
+void operator delete[](void* p) noexcept {
+    std::free(p);
+}
+void operator delete(void* p, std::size_t) noexcept {
+    std::free(p);
+}
+void operator delete[](void* p, std::size_t) noexcept {
+    std::free(p);
+}
 
 namespace {
 
@@ -58,9 +66,9 @@ private:
     bool m_ok;
 };
 
-#define REQUIRE_UTF8_LOCALE(guard)                                                                            \
-    Utf8Locale guard;                                                                                         \
-    if (!guard.Ok())                                                                                          \
+#define REQUIRE_UTF8_LOCALE(guard)                                                                           \
+    Utf8Locale guard;                                                                                        \
+    if (!guard.Ok())                                                                                         \
     GTEST_SKIP() << "no UTF-8 locale installed"
 
 // Resets the process-wide switch even when an assertion fails.
@@ -70,7 +78,9 @@ public:
     ~AsciiOnlyScope() { ASCIIOnly(false); }
 };
 
-std::string ToLocal(const char* utf8) { return CEncoder::Utf8ToLocalCodePage(utf8); }
+std::string ToLocal(const char* utf8) {
+    return CEncoder::Utf8ToLocalCodePage(utf8);
+}
 
 std::string ToLocal(const char* bytes, int length) {
     return CEncoder::Utf8ToLocalCodePage(reinterpret_cast<unsigned char*>(const_cast<char*>(bytes)), length);
@@ -116,10 +126,15 @@ TEST(EncoderUtf8ToLocalTest, Utf8LocaleKeepsText) {
 // decoding, cutting at a NUL and narrowing with the locale's own wcrtomb.
 TEST(EncoderUtf8ToLocalTest, Utf8LocaleShortcutMatchesTheLocale) {
     REQUIRE_UTF8_LOCALE(utf8);
-    const std::string inputs[] = {
-        std::string(kMixed), std::string("x\xF4\x8F\xBF\xBFy"), std::string("\xC3\xA9\xC3"),
-        std::string("\xE0\x80\x80z"), std::string("\xEF\xBF\xBD!"), std::string("\xC3\xA9\0\xC3\xA9", 5),
-        std::string("ok\xF0\x9F\x98"), std::string("\x80"), std::string("\xC2\x80\xDF\xBF")};
+    const std::string inputs[] = {std::string(kMixed),
+                                  std::string("x\xF4\x8F\xBF\xBFy"),
+                                  std::string("\xC3\xA9\xC3"),
+                                  std::string("\xE0\x80\x80z"),
+                                  std::string("\xEF\xBF\xBD!"),
+                                  std::string("\xC3\xA9\0\xC3\xA9", 5),
+                                  std::string("ok\xF0\x9F\x98"),
+                                  std::string("\x80"),
+                                  std::string("\xC2\x80\xDF\xBF")};
     for (const std::string& in : inputs) {
         std::vector<wchar_t> wide(in.size() + 1, 0);
         unsigned char* bytes = reinterpret_cast<unsigned char*>(const_cast<char*>(in.data()));
@@ -130,15 +145,18 @@ TEST(EncoderUtf8ToLocalTest, Utf8LocaleShortcutMatchesTheLocale) {
 
 // Invalid UTF-8 silently ends the text; a NUL ends it too.
 TEST(EncoderUtf8ToLocalTest, InvalidInputAndNulEndTheText) {
-    EXPECT_EQ("ab", ToLocal("ab\xC0" "cd"));
-    EXPECT_EQ("ab", ToLocal("ab\xED\xA0\x80" "cd")); // surrogate
+    EXPECT_EQ("ab", ToLocal("ab\xC0"
+                            "cd"));
+    EXPECT_EQ("ab", ToLocal("ab\xED\xA0\x80"
+                            "cd"));                  // surrogate
     EXPECT_EQ("ab?", ToLocal("ab\xC3\xA9\xE2\x82")); // cut off at the end
     EXPECT_EQ("ab", ToLocal("ab\0cd", 5));
     EXPECT_EQ("ab", ToLocal("ab\0\xC3\xA9", 5));
     EXPECT_EQ("", ToLocal("abc", 0));
     EXPECT_EQ("", ToLocal("abc", -3));
     REQUIRE_UTF8_LOCALE(utf8);
-    EXPECT_EQ("ab", ToLocal("ab\xC0" "cd"));
+    EXPECT_EQ("ab", ToLocal("ab\xC0"
+                            "cd"));
     EXPECT_EQ("ab\xC3\xA9", ToLocal("ab\xC3\xA9\xE2\x82"));
     EXPECT_EQ("ab", ToLocal("ab\0\xC3\xA9", 5));
 }
@@ -188,7 +206,8 @@ TEST(EncoderUtf8ToLocalTest, LongText) {
 
 namespace {
 std::string Text(const CBinaryData& d) {
-    return d.GetData() ? std::string(reinterpret_cast<const char*>(d.GetData()), d.GetLength()) : std::string();
+    return d.GetData() ? std::string(reinterpret_cast<const char*>(d.GetData()), d.GetLength())
+                       : std::string();
 }
 } // namespace
 
@@ -230,7 +249,8 @@ TEST(EncoderBinaryTest, LocalCodePageToUtf8Binary) {
     REQUIRE_UTF8_LOCALE(utf8);
     EXPECT_EQ(kMixed, Text(CEncoder::LocalCodePageToUtf8Binary(kMixed)));
     // Each byte that starts no complete character becomes "?", the cut-off euro sign two of them.
-    EXPECT_EQ("a?b??", Text(CEncoder::LocalCodePageToUtf8Binary("a\xFF" "b\xE2\x82")));
+    EXPECT_EQ("a?b??", Text(CEncoder::LocalCodePageToUtf8Binary("a\xFF"
+                                                                "b\xE2\x82")));
     std::string longText(1000, 'x');
     longText += "\xC3\xA9";
     EXPECT_EQ(longText, Text(CEncoder::LocalCodePageToUtf8Binary(longText.c_str())));

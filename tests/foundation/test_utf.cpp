@@ -10,7 +10,9 @@
 namespace {
 
 // Bytes of a string literal written with escapes.
-std::vector<UTF8> U8(const char* s) { return std::vector<UTF8>(s, s + std::strlen(s)); }
+std::vector<UTF8> U8(const char* s) {
+    return std::vector<UTF8>(s, s + std::strlen(s));
+}
 
 unsigned long Count8to32(const std::vector<UTF8>& in) {
     return ConvertUTF8toUTF32(in.data(), in.data() + in.size(), nullptr, nullptr);
@@ -72,10 +74,22 @@ TEST(ConvertUTFTest, LengthBoundariesAndLargestCodePoint) {
 // Overlong forms, surrogates, 5- and 6-byte forms, stray continuation bytes and bytes
 // above 0xF4 are all refused.
 TEST(ConvertUTFTest, IllegalUTF8SequencesAreRefused) {
-    const char* bad[] = {"\xC0\x80",         "\xC1\xBF",         "\xE0\x80\x80",     "\xE0\x9F\xBF",
-                         "\xF0\x80\x80\x80", "\xF0\x8F\xBF\xBF", "\xED\xA0\x80",     "\xED\xBF\xBF",
-                         "\x80",             "\xBF",             "\xF5\x80\x80\x80", "\xF8\x88\x80\x80\x80",
-                         "\xFC\x84\x80\x80\x80\x80", "\xE2\x28\xA1", "\xFF", "\xFE"};
+    const char* bad[] = {"\xC0\x80",
+                         "\xC1\xBF",
+                         "\xE0\x80\x80",
+                         "\xE0\x9F\xBF",
+                         "\xF0\x80\x80\x80",
+                         "\xF0\x8F\xBF\xBF",
+                         "\xED\xA0\x80",
+                         "\xED\xBF\xBF",
+                         "\x80",
+                         "\xBF",
+                         "\xF5\x80\x80\x80",
+                         "\xF8\x88\x80\x80\x80",
+                         "\xFC\x84\x80\x80\x80\x80",
+                         "\xE2\x28\xA1",
+                         "\xFF",
+                         "\xFE"};
     for (const char* s : bad) {
         std::vector<UTF8> in = U8(s);
         EXPECT_EQ(0u, Count8to32(in)) << "first byte " << int(in[0]);
@@ -130,8 +144,9 @@ TEST(ConvertUTFTest, OutOfRangeAndSurrogateUTF32) {
     const UTF32 big[] = {'a', 0x110000, 'b'};
     UTF8 u8[8];
     ASSERT_EQ(5u, ConvertUTF32toUTF8(big, big + 3, u8, u8 + 8));
-    EXPECT_EQ(0, std::memcmp(u8, "a\xEF\xBF\xBD"
-                                 "b",
+    EXPECT_EQ(0, std::memcmp(u8,
+                             "a\xEF\xBF\xBD"
+                             "b",
                              5));
     EXPECT_EQ(5u, ConvertUTF32toUTF8(big, big + 3, nullptr, nullptr));
 
@@ -148,9 +163,9 @@ TEST(ConvertUTFTest, OutOfRangeAndSurrogateUTF32) {
 // Lone, reversed and unpaired surrogates in UTF-16 source.
 TEST(ConvertUTFTest, BrokenSurrogatesInUTF16) {
     const UTF16 cases[][3] = {
-        {'a', 0xD800, 0},       // high surrogate at the end (length 2 below)
-        {'a', 0xDC00, 0xD800},  // reversed pair
-        {'a', 0xD800, 'b'},     // high without low
+        {'a', 0xD800, 0},      // high surrogate at the end (length 2 below)
+        {'a', 0xDC00, 0xD800}, // reversed pair
+        {'a', 0xD800, 'b'},    // high without low
     };
     const int lengths[] = {2, 3, 3};
     for (int i = 0; i < 3; ++i) {

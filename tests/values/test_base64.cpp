@@ -11,7 +11,9 @@ using namespace QzXmlLib16;
 
 namespace {
 
-unsigned char* Bytes(const char* s) { return reinterpret_cast<unsigned char*>(const_cast<char*>(s)); }
+unsigned char* Bytes(const char* s) {
+    return reinterpret_cast<unsigned char*>(const_cast<char*>(s));
+}
 
 std::string Encode(const std::string& bytes) {
     CBase64 codec;
@@ -101,9 +103,9 @@ TEST(CBase64Test, DecodeIsLenient) {
 
 // A byte above 127 decodes as its low-seven-bit twin; kept as it is.
 TEST(CBase64Test, HighBytesDecodeAsTheirLowTwins) {
-    EXPECT_EQ("A", Decode("\xD1\xD1"));  // 0xD1 & 0x7F is "Q"
-    EXPECT_EQ("A", Decode("QQ\xBD"));    // 0xBD & 0x7F is "="
-    EXPECT_EQ("", Decode("QQ\x80"));     // 0x80 & 0x7F is NUL: invalid
+    EXPECT_EQ("A", Decode("\xD1\xD1")); // 0xD1 & 0x7F is "Q"
+    EXPECT_EQ("A", Decode("QQ\xBD"));   // 0xBD & 0x7F is "="
+    EXPECT_EQ("", Decode("QQ\x80"));    // 0x80 & 0x7F is NUL: invalid
 }
 
 // The output area (text length + 1 bytes) is zeroed before decoding.

@@ -15,10 +15,13 @@ using namespace QzXmlLib16;
 
 namespace {
 
-unsigned char* Bytes(const char* s) { return reinterpret_cast<unsigned char*>(const_cast<char*>(s)); }
+unsigned char* Bytes(const char* s) {
+    return reinterpret_cast<unsigned char*>(const_cast<char*>(s));
+}
 
 std::string Text(const CBinaryData& d) {
-    return d.GetData() ? std::string(reinterpret_cast<const char*>(d.GetData()), d.GetLength()) : std::string();
+    return d.GetData() ? std::string(reinterpret_cast<const char*>(d.GetData()), d.GetLength())
+                       : std::string();
 }
 
 // The message of the CQzException that f throws, or "no exception".
