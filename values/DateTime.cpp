@@ -460,10 +460,11 @@ int CDateTime::GetDayOfWeek() const {
 int CDateTime::GetDayOfYear() const {
     if (m_type != dt_dateTime && m_type != dt_date)
         ThrowState(kMsgDayOfYear, m_type);
-    // Month and day are unchecked fields: keep the table index inside its bounds.
-    const int month = m_month >= 1 && m_month <= 12 ? m_month : 1;
-    int day = g_monthDayInYear[month - 1] + m_day;
-    if (IsLeapYear(m_year) && month <= 2)
+    // The setters store unchecked months; one outside the table is refused as Validate would.
+    if (m_month < 1 || m_month > 12)
+        throw CQzInvalidValueException(FormatString(kMsgMonthRange, (int)m_month));
+    int day = g_monthDayInYear[m_month - 1] + m_day;
+    if (IsLeapYear(m_year) && m_month <= 2)
         ++day;
     return day;
 }

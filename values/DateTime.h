@@ -98,7 +98,8 @@ public:
     // 1 (Sunday) to 7 (Saturday), reckoned in the machine's local time from GetTime().
     // Types dateTime and date only, else CQzInvalidStateException.
     int GetDayOfWeek() const;
-    // Days before the month plus the day; types dateTime and date only.
+    // Days before the month plus the day; types dateTime and date only. A month set outside
+    // 1 to 12 raises CQzInvalidValueException with Validate's month text.
     // Note: in a leap year the extra day is counted for January and February, not from March
     // on: 2000-01-01 is day 2 and 2000-03-01 is day 60.
     int GetDayOfYear() const;

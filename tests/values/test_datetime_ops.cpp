@@ -240,6 +240,10 @@ TEST(CDateTimeCalendarTest, DayOfYear) {
     EXPECT_EQ(D("2001-01-01").GetDayOfYear(), 1);
     EXPECT_EQ(D("-0004-02-01").GetDayOfYear(), 33);
     EXPECT_EQ(DT("1900-02-01T23:00:00").GetDayOfYear(), 32);
+    CDateTime unchecked = D("2000-01-01");
+    unchecked.SetMonth(13);
+    EXPECT_EQ(ThrownMessage<CQzInvalidValueException>([&] { unchecked.GetDayOfYear(); }),
+              "Invalid Month [13] (1 <= month <= 12)");
 }
 
 // Day of week is reckoned in the machine's local time.
