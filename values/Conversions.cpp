@@ -47,6 +47,17 @@ template <class T> std::string IntegerText(T value) {
     return std::string(buffer, r.ptr);
 }
 
+// The prefix, then the value as "%02u" prints it.
+std::string PaddedTwoDigits(const char* prefix, unsigned value) {
+    std::string text(prefix);
+    if (value < 10)
+        text.push_back('0');
+    char buffer[4];
+    std::to_chars_result r = std::to_chars(buffer, buffer + sizeof(buffer), value);
+    text.append(buffer, r.ptr);
+    return text;
+}
+
 // Does the text, after the blanks strtol skips, start with a minus sign?
 bool HasLeadingMinus(const char* p) {
     while (*p == ' ' || (*p >= '\t' && *p <= '\r'))
@@ -441,15 +452,11 @@ std::string CConversions::yearToString(unsigned short value) {
 }
 
 std::string CConversions::monthToString(unsigned char value) {
-    char buffer[16];
-    int n = std::snprintf(buffer, sizeof(buffer), "--%02u", static_cast<unsigned>(value));
-    return std::string(buffer, static_cast<size_t>(n));
+    return PaddedTwoDigits("--", value);
 }
 
 std::string CConversions::dayToString(unsigned char value) {
-    char buffer[16];
-    int n = std::snprintf(buffer, sizeof(buffer), "---%02u", static_cast<unsigned>(value));
-    return std::string(buffer, static_cast<size_t>(n));
+    return PaddedTwoDigits("---", value);
 }
 
 // ---- decimal and integer ------------------------------------------------------------------

@@ -7,6 +7,8 @@
 #include <gtest/gtest.h>
 
 #include <functional>
+#include <limits>
+#include <random>
 #include <string>
 #include <vector>
 
@@ -251,4 +253,46 @@ TEST(CConversionsDecimalTest, ReadersUseTheValueParsers) {
     EXPECT_EQ("1", CConversions::integerToString(CConversions::integerFromString("1.5", kNone)));
     EXPECT_EQ("2", CConversions::integerToString(CConversions::integerFromString("1.51", kNone)));
     EXPECT_EQ("0", CConversions::integerToString(CConversions::integerFromString("", kNone)));
+}
+
+// ---- hostile text --------------------------------------------------------------------------------
+
+// Random text from digits, signs, separators, letters the parsers look for, whitespace, a zero
+// byte and high bytes: every reader either succeeds or raises an exception of the family.
+TEST(CConversionsHostileTest, RandomTextRaisesOnlyLibraryExceptions) {
+    const char alphabet[] = "0123456789+-.:TZPYMDHSeE-#NaIF \t\r\n\x80\xff=/A";
+    std::mt19937 rng(99);
+    std::vector<Reader> readers = AllReaders();
+    for (int round = 0; round < 1000; ++round) {
+        std::string text;
+        size_t length = rng() % 40;
+        for (size_t i = 0; i < length; ++i)
+            text.push_back(alphabet[rng() % (sizeof(alphabet) - 1)]);
+        if (round % 50 == 0)
+            text.push_back('\0');
+        for (const Reader& reader : readers) {
+            for (CWhitespaceUtils::WhitespaceRule rule : {kNone, kCollapse}) {
+                try {
+                    reader.read(text, rule);
+                } catch (const CQzException&) {
+                } catch (...) {
+                    ADD_FAILURE() << reader.name << " raised a foreign exception for "
+                                  << ::testing::PrintToString(text);
+                }
+            }
+        }
+    }
+}
+
+// Very long texts: digits beyond any integer width, a long fraction, a long base64 text.
+TEST(CConversionsHostileTest, HugeTextsFailCleanlyOrRead) {
+    std::string digits(100000, '9');
+    EXPECT_THROW(CConversions::i8FromString(digits, kNone), CQzInvalidValueException);
+    EXPECT_THROW(CConversions::ui4FromString(digits, kNone), CQzInvalidValueException);
+    EXPECT_EQ(std::numeric_limits<double>::infinity(), CConversions::r8FromString(digits, kNone));
+    EXPECT_EQ(digits, CConversions::integerToString(CConversions::integerFromString(digits, kNone)));
+    std::string base64(400000, 'A');
+    EXPECT_EQ(300000u, CConversions::base64BinaryFromString(base64, kNone).GetLength());
+    std::string blanks(1000000, ' ');
+    EXPECT_EQ("", CConversions::stringFromString(blanks, kCollapse));
 }
