@@ -600,8 +600,9 @@ void CBigInteger::Multiply(const DigitVector& a, char digit, DigitVector& out) {
 // (so a power of ten costs one pass); columns collect in 64 bits and carry once at the
 // end: each column holds at most 81 per row, far from overflow.
 void CBigInteger::Multiply(const DigitVector& a, const DigitVector& b, DigitVector& out) {
-    static const DigitVector zero(1, 0);
-    if (Compare(a, zero) == 0 || Compare(b, zero) == 0) {
+    // Compare with the single digit 0: only that exact vector counts as zero here.
+    auto isSingleZero = [](const DigitVector& v) { return v.size() == 1 && v[0] == 0; };
+    if (isSingleZero(a) || isSingleZero(b)) {
         out.assign(1, 0);
         return;
     }
