@@ -223,53 +223,34 @@ TEST(CFileTextStreamTest, FlushWritesWhatWasNotYetWritten) {
     EXPECT_EQ(kMark + std::string("a\0b\0c\0d\0", 8), ReadFile(path));
 }
 
-// The writers' pattern: characters appended one byte at a time, a Flush whenever 4096 or more are held. A
-// multibyte character cut by a Flush must not turn into "?".
+// The writers' pattern: characters appended one byte at a time, a Flush whenever 4096 or more are
+// held. A multibyte character cut by a Flush must not turn into "?", neither in a UTF-8 locale nor
+// with ASCIIOnly, where the stream holds UTF-8 in any locale.
 TEST(CFileTextStreamTest, FlushNeverSplitsACharacter) {
-    ScopedLocale locale("C.UTF-8");
-    if (!locale.Ok())
-        GTEST_SKIP() << "no C.UTF-8 locale";
     TempDir dir;
     std::string text, utf16;
     for (int i = 0; i < 3000; ++i) {
         text += kUtf8Sample;
         utf16 += kUtf16Sample;
     }
-    for (XmlEncoding encoding : {EncodingUTF8, EncodingUTF16}) {
-        SCOPED_TRACE(encoding);
-        std::string path = dir.File("chars.xml");
-        CFileTextStream stream(path.c_str(), encoding);
-        stream.Open();
-        for (char c : text) {
-            stream.Append(c);
-            if (stream.GetLength() >= 4096)
-                stream.Flush();
+    for (bool asciiOnly : {false, true}) {
+        ScopedLocale locale(asciiOnly ? "C" : "C.UTF-8");
+        ASCIIOnly(asciiOnly);
+        for (XmlEncoding encoding : {EncodingUTF8, EncodingUTF16}) {
+            SCOPED_TRACE(std::to_string(encoding) + (asciiOnly ? " ASCIIOnly" : ""));
+            std::string path = dir.File("chars.xml");
+            CFileTextStream stream(path.c_str(), encoding);
+            stream.Open();
+            for (char c : text) {
+                stream.Append(c);
+                if (stream.GetLength() >= 4096)
+                    stream.Flush();
+            }
+            stream.Close();
+            EXPECT_EQ(encoding == EncodingUTF8 ? text : kMark + utf16, ReadFile(path));
         }
-        stream.Close();
-        EXPECT_EQ(encoding == EncodingUTF8 ? text : kMark + utf16, ReadFile(path));
+        ASCIIOnly(false);
     }
-}
-
-// With ASCIIOnly the stream holds UTF-8 in any locale; a UTF-8 sequence cut by a Flush must not
-// turn into "?" in UTF-16 output either.
-TEST(CFileTextStreamTest, AsciiOnlyFlushNeverSplitsACharacter) {
-    ScopedAsciiOnly asciiOnly;
-    TempDir dir;
-    std::string text, utf16;
-    for (int i = 0; i < 3000; ++i) {
-        text += kUtf8Sample;
-        utf16 += kUtf16Sample;
-    }
-    std::string path = dir.File("ascii-only.xml");
-    CFileTextStream stream(path.c_str(), EncodingUnicode);
-    stream.Open();
-    for (char c : text) {
-        stream.Append(c);
-        if (stream.GetLength() >= 4096)
-            stream.Flush();
-    }
-    stream.Close();
-    EXPECT_EQ(kMark + utf16, ReadFile(path));
 }
 
 // A character that is never completed is written at Close as the encoding renders it.

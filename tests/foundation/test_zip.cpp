@@ -10,8 +10,6 @@
 #include <cstring>
 #include <regex>
 #include <string>
-#include <thread>
-#include <vector>
 
 using namespace QzXmlLib16;
 
@@ -218,21 +216,6 @@ TEST(CQzZipDecompressTest, EmptyGzipMemberGivesEmptyBuffer) {
 TEST(CQzZipDecompressTest, PresetDictionaryStreamStaysAsItIs) {
     const std::string stream("\x78\x20\x00\x00\x00\x01\x4B\x04\x00", 9);
     EXPECT_EQ(stream, Inflated(stream));
-}
-
-// Compression keeps all state on the stack: threads may compress at the same time.
-TEST(CQzZipDecompressTest, ConcurrentRoundTrips) {
-    const std::string text = Document(150000);
-    std::vector<std::thread> threads;
-    std::vector<int> good(4, 0);
-    for (int t = 0; t < 4; ++t)
-        threads.emplace_back([&, t] {
-            for (int i = 0; i < 5; ++i)
-                good[t] += Inflated(Compressed(text, t % 2 ? CompressionZlib : CompressionGzip)) == text;
-        });
-    for (auto& thread : threads)
-        thread.join();
-    EXPECT_EQ(std::vector<int>(4, 5), good);
 }
 
 // CompressData: empty stays empty, type 0 keeps the bytes, gzip round-trips, and a copy
