@@ -9,7 +9,7 @@ namespace QzXmlLib16 {
 
 namespace {
 
-// --- File output -----------------------------------------------------------------------------
+// --- File output -------------------------------------------------------------
 
 const char* const kWriteFailed = "Failed to write data to the file [%s].";
 const unsigned char kUtf16Mark[2] = {0xFF, 0xFE};
@@ -20,7 +20,7 @@ const unsigned char kUtf16Mark[2] = {0xFF, 0xFE};
 
 } // namespace
 
-// --- CBinaryStream ---------------------------------------------------------------------------
+// --- CBinaryStream -----------------------------------------------------------
 
 CBinaryStream::CBinaryStream() : CInstanceMonitor("CBinaryStream") {}
 
@@ -60,7 +60,7 @@ void CBinaryStream::Append(unsigned char* data, unsigned long length) {
     m_data.Append(data, length);
 }
 
-// --- CFileBinaryStream -----------------------------------------------------------------------
+// --- CFileBinaryStream -------------------------------------------------------
 
 CFileBinaryStream::CFileBinaryStream(const char* path, XmlEncoding encoding)
     : CBinaryStream("CFileBinaryStream"), m_path(path ? path : ""), m_encoding(encoding) {}

@@ -14,7 +14,7 @@ namespace QzXmlLib16 {
 
 namespace {
 
-// --- Constants ---------------------------------------------------------------------------
+// --- Constants ---------------------------------------------------------------
 
 const int kCompressionLevel = 1;  // Z_BEST_SPEED: size traded for speed
 const int kGzipWindowBits = 31;   // 15 bits of window + 16: gzip wrapper
@@ -27,7 +27,7 @@ const unsigned long kMaxChunk = UINT_MAX;
 
 const char* const kCompressFailed = "Failed to compress data. [Error Code: %d]";
 
-// --- zlib stream guards --------------------------------------------------------------------
+// --- zlib stream guards ------------------------------------------------------
 
 // Ends a deflate or inflate stream on every way out, also when an allocation throws.
 struct DeflateGuard {
@@ -52,7 +52,7 @@ void TopUp(unsigned char*& pos, unsigned long& left, Bytef*& next, uInt& avail) 
     left -= piece;
 }
 
-// --- Inflate output --------------------------------------------------------------------------
+// --- Inflate output ----------------------------------------------------------
 
 // The growing new[] array that inflate writes into directly.
 //   m_bytes <= next_out <= m_bytes + m_capacity
@@ -117,7 +117,7 @@ unsigned long ExpectedInflateSize(const unsigned char* data, unsigned long lengt
 
 } // namespace
 
-// --- CQzZip ----------------------------------------------------------------------------------
+// --- CQzZip ------------------------------------------------------------------
 
 CQzZip::CQzZip() : CInstanceMonitor("CQzZip") {}
 
