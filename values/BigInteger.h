@@ -23,6 +23,9 @@ class CDecimal;
 // Zero can carry either sign. Note: "-0" prints "0" and equals CBigInteger(0) by
 // operator==, yet is less than it by operator<, since ordering looks at the signs
 // first. This asymmetry is kept on purpose.
+//
+// The integer constructors and conversions are implicit both ways, so an expression that
+// mixes a CBigInteger with a built-in number is ambiguous: write CBigInteger(0), not 0.
 class CBigInteger {
 public:
     typedef std::vector<char> DigitVector;

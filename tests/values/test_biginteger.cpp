@@ -251,6 +251,23 @@ TEST(CBigIntegerDivisionTest, LongQuotientsAreExact) {
     EXPECT_EQ("67890", Text(CBigInteger("1234567890") % CBigInteger(100000)));
 }
 
+// Ten thousand digits survive the text round trip; a product divides back exactly.
+TEST(CBigIntegerDivisionTest, LargeValuesRoundTripAndDivideBack) {
+    std::string text;
+    for (int i = 0; i < 10000; ++i) {
+        text.push_back(static_cast<char>('1' + (i * 7) % 9));
+    }
+    EXPECT_EQ(text, Text(CBigInteger(text.c_str())));
+    EXPECT_EQ("-" + text, Text(CBigInteger(("-" + text).c_str())));
+    CBigInteger a(text.substr(0, 600).c_str());
+    CBigInteger b(text.substr(5000, 400).c_str());
+    CBigInteger product = a * b;
+    EXPECT_EQ(Text(a), Text(product / b));
+    EXPECT_EQ("0", Text(product % b));
+    EXPECT_EQ(Text(b), Text((product + CBigInteger(1)) / a));
+    EXPECT_EQ("1", Text((product + CBigInteger(1)) % a));
+}
+
 // --- conversions ---------------------------------------------------------------------
 
 TEST(CBigIntegerConvertTest, IntBounds) {

@@ -108,3 +108,25 @@ TEST(CBigIntegerPropertyTest, IntConversionMatchesWithinRange) {
         ASSERT_EQ(small, static_cast<long long>(CBigInteger(small)));
     }
 }
+
+// The root r of n satisfies r * r <= n < (r + 1) * (r + 1).
+TEST(CBigIntegerPropertyTest, SquareRootIsTheFloorOfTheRoot) {
+    std::mt19937_64 rng(314);
+    for (int i = 0; i < 500; ++i) {
+        Int128 n = RandomValue(rng, 36);
+        if (n < 0) {
+            n = -n;
+        }
+        if (n == 0) {
+            continue;
+        }
+        SCOPED_TRACE(ToText(n));
+        std::string rootText = CBigInteger(ToText(n).c_str()).SquareRoot().ToString();
+        Int128 root = 0;
+        for (char c : rootText) {
+            root = root * 10 + (c - '0');
+        }
+        ASSERT_LE(root * root, n);
+        ASSERT_GT((root + 1) * (root + 1), n);
+    }
+}
