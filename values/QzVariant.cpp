@@ -330,8 +330,16 @@ void QzVariant::CheckOwned(int kind, const char* name) const {
             FormatString("Nil value of type %d can not be read", static_cast<int>(m_eType)));
 }
 
+CXmlObjectBase* QzVariant::GetCounted() const {
+    const TypeEntry* entry = EntryOf(m_eType);
+    if (entry == nullptr || (entry->kind != kindCounted && entry->kind != kindNone))
+        throw CQzInvalidStateException(
+            FormatString("Invalid Type %d to read as CXmlObjectBase", static_cast<int>(m_eType)));
+    return entry->kind == kindCounted ? m_value.pObject : nullptr;
+}
+
 CSmartPtr<CXmlObjectBase> QzVariant::GetXmlObject() const {
-    return CSmartPtr<CXmlObjectBase>(m_value.pObject);
+    return CSmartPtr<CXmlObjectBase>(GetCounted());
 }
 
 void QzVariant::SetXmlObject(CXmlObjectBase* object) {

@@ -69,8 +69,9 @@ public:
 
     // Clear, then type 27 holding `object`, with one more reference if it is not null.
     void SetXmlObject(CXmlObjectBase* object);
-    // A new reference on the held object (null if there is none). Needs binding/XmlObjectBase.h
-    // where the result is used.
+    // A new reference on the held object; null for a null object and for an unset variant.
+    // Needs binding/XmlObjectBase.h where the result is used. Throws CQzInvalidStateException
+    // "Invalid Type %d to read as CXmlObjectBase" when the variant holds a primitive.
     CSmartPtr<CXmlObjectBase> GetXmlObject() const;
     // Clear, then type 28 holding `collection`, with one more reference if it is not null.
     // Collections count their references through CXmlObjectBase, so the collection's class
@@ -79,10 +80,10 @@ public:
         SetCounted(ItemXmlCollection, static_cast<CXmlObjectBase*>(collection));
     }
     void SetXmlCollection(decltype(nullptr)) { SetCounted(ItemXmlCollection, nullptr); }
-    // A new reference on the held collection (null if there is none); as above, the class must
-    // be complete where this is called.
+    // A new reference on the held collection, null as with GetXmlObject; as above, the class
+    // must be complete where this is called. Throws as GetXmlObject.
     template <class TCollection = CXmlCollectionBase> CSmartPtr<TCollection> GetXmlCollection() const {
-        return CSmartPtr<TCollection>(static_cast<TCollection*>(m_value.pObject));
+        return CSmartPtr<TCollection>(static_cast<TCollection*>(GetCounted()));
     }
 
     // One setter and getter per primitive. Each setter clears the variant and stores a new
@@ -163,6 +164,8 @@ protected:
     Value m_value;
 
 private:
+    // The object or collection held (borrowed), null for none; throws for a primitive.
+    CXmlObjectBase* GetCounted() const;
     // Clear, then `type` holding `object` with one more reference.
     void SetCounted(ItemType type, CXmlObjectBase* object);
     // Clear, then `type` holding the `size` bytes at `data`.

@@ -433,6 +433,12 @@ TEST(QzVariantReadTest, OwnedGettersCheckTheStoredClass) {
     QzVariant unset;
     EXPECT_EQ("Invalid Type 0 to read as string",
               MessageOf<CQzInvalidStateException>([&] { unset.GetString(); }));
+    // An object getter finds no object in an unset variant and refuses a primitive.
+    EXPECT_EQ(nullptr, unset.GetXmlObject().Get());
+    EXPECT_EQ("Invalid Type 23 to read as CXmlObjectBase",
+              MessageOf<CQzInvalidStateException>([&] { v.GetXmlObject(); }));
+    EXPECT_EQ("Invalid Type 23 to read as CXmlObjectBase",
+              MessageOf<CQzInvalidStateException>([&] { v.GetXmlCollection<CountedCollection>(); }));
     // The date-like types share one class, so each of their getters reads any of them.
     v.SetDateTime(CDateTime(2001, 2, 3, 4, 5, 6));
     EXPECT_EQ(3, v.GetDate().GetDay());
