@@ -8,8 +8,9 @@
 
 namespace QzXmlLib16 {
 
-// The numbers are fixed: generated code and stored meta-data use them directly.
-enum ItemType {
+// The numbers are fixed: generated code and stored meta-data use them directly. The type is
+// int-based, so any number a caller stores is a value that the library can refuse by name.
+enum ItemType : int {
     ItemInvalid = 0,
     ItemHexBinary = 1,     // CBinaryData
     ItemBase64Binary = 2,  // CBinaryData

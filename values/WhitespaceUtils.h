@@ -15,7 +15,8 @@ public:
     // Note: the enumerators take the rule names (CWhitespaceUtils::Collapse is the rule), so the
     // text operations below that carry out a single rule are named PreserveText, ReplaceText
     // and CollapseText: a class scope cannot hold an enumerator and a function of one name.
-    enum WhitespaceRule {
+    // The type is int-based, so any number is a value and ApplyRule can refuse it.
+    enum WhitespaceRule : int {
         None = 0,     // the text unchanged
         Preserve = 1, // only line ends normalised
         Replace = 2,  // tab, line feed and carriage return each become a space
