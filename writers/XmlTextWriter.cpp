@@ -3,6 +3,7 @@
 
 #include <cstring>
 #include <memory>
+#include <typeinfo>
 
 #include "foundation/Exceptions.h"
 #include "foundation/TextStream.h"
@@ -45,52 +46,57 @@ struct EscapeTable {
 
 const EscapeTable kEscape;
 
-// Collects escaped output on the stack and hands it to the stream in NUL-terminated
-// pieces, so that escaping costs no call per character and no allocation.
-class CStagingBuffer {
-public:
-    explicit CStagingBuffer(CTextStream& stream) : m_stream(stream), m_used(0) {}
-    void Put(const char* text, size_t length) {
-        while (length > 0) {
-            size_t room = kCapacity - m_used;
-            size_t n = length < room ? length : room;
-            memcpy(m_buffer + m_used, text, n);
-            m_used += n;
-            text += n;
-            length -= n;
-            if (m_used == kCapacity)
-                Flush();
-        }
-    }
-    void Flush() {
-        if (m_used == 0)
-            return;
-        m_buffer[m_used] = '\0';
-        m_stream.Append(static_cast<const char*>(m_buffer));
-        m_used = 0;
-    }
-
-private:
-    static const size_t kCapacity = 1024;
-    CTextStream& m_stream;
-    size_t m_used;
-    char m_buffer[kCapacity + 1];
-};
-
 } // namespace
+
+// The staging fast paths; the rare overflow goes out of line.
+inline void CXmlTextWriter::Put(char c) {
+    if (m_staged == kStageCapacity)
+        Drain();
+    m_stage[m_staged++] = c;
+}
+
+inline void CXmlTextWriter::Put(const char* text, size_t length) {
+    if (length <= kStageCapacity - m_staged) {
+        std::memcpy(m_stage + m_staged, text, length);
+        m_staged += length;
+    } else {
+        PutSlow(text, length);
+    }
+}
+
+inline void CXmlTextWriter::Put(const char* text) {
+    PutTerminated(text, std::strlen(text));
+}
+
+// As the stream's Append of a std::string: the text ends at its first NUL.
+inline void CXmlTextWriter::Put(const std::string& text) {
+    const void* nul = std::memchr(text.data(), '\0', text.size());
+    size_t length =
+        nul != nullptr ? static_cast<size_t>(static_cast<const char*>(nul) - text.data()) : text.size();
+    PutTerminated(text.c_str(), length);
+}
 
 CXmlTextWriter::CXmlTextWriter(CTextStream& stream)
     : CXmlWriter("CXmlTextWriter"), m_writeDefaultElementValues(false), m_indentChars("\t"), m_eolChars("\n"),
-      m_eolType(EOLLf), m_format(true), m_pStream(&stream) {}
+      m_eolType(EOLLf), m_format(true), m_pStream(&stream), m_staged(0),
+      m_memoryStream(typeid(stream) == typeid(CTextStream)) {}
 
-CXmlTextWriter::~CXmlTextWriter() {}
+CXmlTextWriter::~CXmlTextWriter() {
+    // Text of a document abandoned half-way still reaches the stream.
+    try {
+        Drain();
+    } catch (...) {
+    }
+}
 
 void CXmlTextWriter::Open() {
+    m_staged = 0;
     CXmlWriter::Open();
     m_pStream->Open();
 }
 
 void CXmlTextWriter::Close() {
+    Drain();
     m_pStream->Close();
     CXmlWriter::Close();
 }
@@ -118,18 +124,18 @@ void CXmlTextWriter::SetIndentChars(const char* chars) {
 // Document-level output
 
 void CXmlTextWriter::WriteStartDocument() {
-    m_pStream->Append("<?xml version=\"1.0\"");
+    Put("<?xml version=\"1.0\"");
     switch (m_pStream->GetEncoding()) {
     case EncodingUTF8:
-        m_pStream->Append(" encoding=\"UTF-8\"");
+        Put(" encoding=\"UTF-8\"");
         break;
     case EncodingUTF16:
-        m_pStream->Append(" encoding=\"UTF-16\"");
+        Put(" encoding=\"UTF-16\"");
         break;
     default:
         break;
     }
-    m_pStream->Append("?>");
+    Put("?>");
     WriteLineEnd();
     FlushIfFull();
 }
@@ -137,36 +143,37 @@ void CXmlTextWriter::WriteStartDocument() {
 void CXmlTextWriter::WriteHeaderDirective(const std::string& text) {
     if (m_pContext != nullptr)
         throw CQzException(kMsgHeaderDirective);
-    m_pStream->Append(text);
+    Put(text);
     WriteLineEnd();
     FlushIfFull();
 }
 
 void CXmlTextWriter::WriteRawElement(const std::string& text) {
-    m_pStream->Append(text);
+    Put(text);
     if (m_format)
         WriteLineEnd();
+    Drain();
 }
 
 void CXmlTextWriter::WriteComment(const std::string& text) {
-    m_pStream->Append("<!--");
-    PadAndAppend(text.c_str(), false);
-    m_pStream->Append("-->");
+    Put("<!--");
+    EscapeInto(text.c_str(), false);
+    Put("-->");
     WriteLineEnd();
     FlushIfFull();
 }
 
 void CXmlTextWriter::WritePI(const std::string& text) {
-    m_pStream->Append(text);
+    Put(text);
     WriteLineEnd();
     WriteLineEnd();
     FlushIfFull();
 }
 
 void CXmlTextWriter::WriteInlineSchema(const std::string& schema) {
-    m_pStream->Append(' ');
+    Put(' ');
     WriteLineEnd();
-    m_pStream->Append(schema);
+    Put(schema);
     WriteLineEnd();
     FlushIfFull();
 }
@@ -175,27 +182,33 @@ void CXmlTextWriter::WriteInlineSchema(const std::string& schema) {
 // Elements
 
 void CXmlTextWriter::CloseParentElm() {
+    CloseParent();
+    Drain();
+}
+
+inline void CXmlTextWriter::CloseParent() {
     if (m_pContext == nullptr)
         return;
     m_pContext->IncrementChildCount();
     if (m_pContext->IsStartTagOpen()) {
         m_pContext->CloseStartTag();
-        m_pStream->Append('>');
+        Put('>');
         if (m_format)
             WriteLineEnd();
     }
 }
 
 void CXmlTextWriter::WriteStartElement(const std::string& localName, const std::string& uri) {
-    CloseParentElm();
+    CloseParent();
     const bool isDocumentElement = m_pContext == nullptr;
-    std::unique_ptr<CXmlWriterContext> context(NewContext(localName, uri));
+    std::unique_ptr<CXmlWriterContext, void (*)(CXmlWriterContext*)> context(NewContext(localName, uri),
+                                                                             &CXmlWriter::DiscardContext);
 
     if (m_format)
         WriteIndent(context->GetDepth());
-    m_pStream->Append('<');
+    Put('<');
     if (uri.empty() || uri == context->GetDefaultNamespace()) {
-        m_pStream->Append(localName);
+        Put(localName);
     } else {
         bool declare = false;
         std::map<std::string, std::string>* map = context->GetNamespaceMap();
@@ -204,33 +217,33 @@ void CXmlTextWriter::WriteStartElement(const std::string& localName, const std::
             declare = true;
         }
         const std::string& prefix = context->GetNamespaceMapValue(uri);
-        m_pStream->Append(prefix);
-        m_pStream->Append(':');
-        m_pStream->Append(localName);
+        Put(prefix);
+        Put(':');
+        Put(localName);
         if (declare) {
-            m_pStream->Append(" xmlns:");
-            m_pStream->Append(prefix);
-            m_pStream->Append("=\"");
-            m_pStream->Append(uri);
-            m_pStream->Append('"');
+            Put(" xmlns:");
+            Put(prefix);
+            Put("=\"");
+            Put(uri);
+            Put('"');
         }
     }
 
     if (isDocumentElement) {
         if (!m_defaultNamespace.empty()) {
-            m_pStream->Append(" xmlns=\"");
-            m_pStream->Append(m_defaultNamespace);
-            m_pStream->Append('"');
+            Put(" xmlns=\"");
+            Put(m_defaultNamespace);
+            Put('"');
         }
         const size_t xmlNamespaceLength = strlen(XML_NAMESPACE);
         for (const auto& entry : m_namespaces) {
             if (entry.first.compare(0, xmlNamespaceLength, XML_NAMESPACE) == 0)
                 continue;
-            m_pStream->Append(" xmlns:");
-            m_pStream->Append(entry.second);
-            m_pStream->Append("=\"");
-            m_pStream->Append(entry.first);
-            m_pStream->Append('"');
+            Put(" xmlns:");
+            Put(entry.second);
+            Put("=\"");
+            Put(entry.first);
+            Put('"');
         }
     }
 
@@ -245,13 +258,13 @@ void CXmlTextWriter::WriteString(const std::string& text, ItemType /*type*/, boo
         return;
     if (m_pContext != nullptr && m_pContext->IsStartTagOpen()) {
         m_pContext->CloseStartTag();
-        m_pStream->Append('>');
+        Put('>');
     }
     // Text read with its CDATA markers kept goes back out as it came in.
     if (text.compare(0, kCDataMarkerLength, kCDataMarker) == 0)
-        m_pStream->Append(text);
+        Put(text);
     else
-        PadAndAppend(text.c_str(), false);
+        EscapeInto(text.c_str(), false);
     FlushIfFull();
 }
 
@@ -261,24 +274,26 @@ void CXmlTextWriter::WriteEndElement() {
         throw CQzException(kMsgNoOpenElement);
     if (context->IsStartTagOpen()) {
         context->CloseStartTag();
-        m_pStream->Append("/>");
+        Put("/>");
     } else {
         // An element with text alone gets no indent, so "<a>text</a>" stays on one line.
         if (m_format && context->GetChildCount() != 0)
             WriteIndent(context->GetDepth());
-        m_pStream->Append("</");
+        Put("</");
         const std::string& uri = context->GetNamespaceURI();
         if (!uri.empty() && uri != context->GetDefaultNamespace()) {
-            m_pStream->Append(context->GetNamespaceMapValue(uri));
-            m_pStream->Append(':');
+            Put(context->GetNamespaceMapValue(uri));
+            Put(':');
         }
-        m_pStream->Append(context->GetLocalName());
-        m_pStream->Append('>');
+        Put(context->GetLocalName());
+        Put('>');
     }
     if (m_format)
         WriteLineEnd();
     FlushIfFull();
     PopContext();
+    if (m_pContext == nullptr)
+        Drain(); // the document element has ended: the stream holds the whole document
 }
 
 // ---------------------------------------------------------------------------
@@ -293,25 +308,25 @@ void CXmlTextWriter::WriteAttributeString(const std::string& localName, const st
     CXmlWriterContext* context = m_pContext;
     if (context == nullptr || !context->IsStartTagOpen())
         ThrowAttributesAfterContent();
-    m_pStream->Append(' ');
+    Put(' ');
     if (!uri.empty()) {
         std::map<std::string, std::string>* map = context->GetNamespaceMap();
         if (map->find(uri) == map->end()) {
             const std::string prefix = GetUniquePrefix(*map);
             context->SetNamespaceMapValue(uri, prefix);
-            m_pStream->Append("xmlns:");
-            m_pStream->Append(prefix);
-            m_pStream->Append("=\"");
-            m_pStream->Append(uri);
-            m_pStream->Append("\" ");
+            Put("xmlns:");
+            Put(prefix);
+            Put("=\"");
+            Put(uri);
+            Put("\" ");
         }
-        m_pStream->Append(context->GetNamespaceMapValue(uri));
-        m_pStream->Append(':');
+        Put(context->GetNamespaceMapValue(uri));
+        Put(':');
     }
-    m_pStream->Append(localName);
-    m_pStream->Append("=\"");
-    PadAndAppend(value.c_str(), true);
-    m_pStream->Append('"');
+    Put(localName);
+    Put("=\"");
+    EscapeInto(value.c_str(), true);
+    Put('"');
     FlushIfFull();
 }
 
@@ -325,11 +340,11 @@ void CXmlTextWriter::WriteAttributeType(const std::string& uri, const std::strin
         if (map->find(uri) == map->end()) {
             const std::string prefix = GetUniquePrefix(*map);
             context->SetNamespaceMapValue(uri, prefix);
-            m_pStream->Append(" xmlns:");
-            m_pStream->Append(prefix);
-            m_pStream->Append("=\"");
-            m_pStream->Append(uri);
-            m_pStream->Append("\" ");
+            Put(" xmlns:");
+            Put(prefix);
+            Put("=\"");
+            Put(uri);
+            Put("\" ");
         }
         value = context->GetNamespaceMapValue(uri);
         value += ':';
@@ -350,67 +365,59 @@ void CXmlTextWriter::WriteAttributeNil() {
 // Escaping and layout
 
 void CXmlTextWriter::PadAndAppend(const char* text, bool isAttribute) {
-    const unsigned char stopMask = isAttribute ? kStopInAttribute : kStopInText;
-    const char* p = text;
-    while ((kEscape.stop[static_cast<unsigned char>(*p)] & stopMask) == 0)
-        ++p;
-    // Fast path: nothing to escape, the text goes to the stream in one piece.
-    if (*p == '\0') {
-        if (p != text)
-            m_pStream->Append(text);
-        return;
-    }
+    EscapeInto(text, isAttribute);
+    Drain();
+}
 
-    CStagingBuffer staging(*m_pStream);
+inline void CXmlTextWriter::EscapeInto(const char* text, bool isAttribute) {
+    const unsigned char stopMask = isAttribute ? kStopInAttribute : kStopInText;
     const char* run = text;
+    const char* p = text;
     for (;;) {
-        staging.Put(run, static_cast<size_t>(p - run));
-        switch (*p) {
-        case '\n':
-            if (isAttribute) {
-                staging.Put("&#xA;", 5);
-            } else if (m_eolType == EOLCrLf) {
-                staging.Put("\r\n", 2);
-            } else if (m_eolType == EOLLf) {
-                staging.Put("\n", 1);
-            } else {
-                staging.Flush();
-                throw CQzException(kMsgInvalidEOLType);
-            }
-            break;
-        case '"':
-            staging.Put("&quot;", 6);
-            break;
-        case '&':
-            staging.Put("&amp;", 5);
-            break;
-        case '<':
-            staging.Put("&lt;", 4);
-            break;
-        case '>':
-            staging.Put("&gt;", 4);
-            break;
-        default: // '\r' is dropped
-            break;
-        }
-        run = p + 1;
-        p = run;
+        // Scan a run of bytes that pass unchanged; it is copied whole.
         while ((kEscape.stop[static_cast<unsigned char>(*p)] & stopMask) == 0)
             ++p;
         if (*p == '\0')
             break;
+        Put(run, static_cast<size_t>(p - run));
+        switch (*p) {
+        case '\n':
+            if (isAttribute) {
+                Put("&#xA;", 5);
+            } else if (m_eolType == EOLCrLf) {
+                Put("\r\n", 2);
+            } else if (m_eolType == EOLLf) {
+                Put('\n');
+            } else {
+                Drain();
+                throw CQzException(kMsgInvalidEOLType);
+            }
+            break;
+        case '"':
+            Put("&quot;", 6);
+            break;
+        case '&':
+            Put("&amp;", 5);
+            break;
+        case '<':
+            Put("&lt;", 4);
+            break;
+        case '>':
+            Put("&gt;", 4);
+            break;
+        default: // '\r' is dropped
+            break;
+        }
+        run = ++p;
     }
-    // The last run ends at the NUL and can go to the stream without staging.
-    staging.Flush();
-    if (p != run)
-        m_pStream->Append(run);
+    PutTerminated(run, static_cast<size_t>(p - run));
 }
 
-void CXmlTextWriter::WriteLineEnd() {
-    m_pStream->Append(m_eolChars);
+inline void CXmlTextWriter::WriteLineEnd() {
+    PutTerminated(m_eolChars.c_str(), m_eolChars.size());
 }
 
-void CXmlTextWriter::WriteIndent(int depth) {
+inline void CXmlTextWriter::WriteIndent(int depth) {
     if (depth <= 0 || m_indentChars.empty())
         return;
     const size_t needed = static_cast<size_t>(depth) * m_indentChars.size();
@@ -427,12 +434,57 @@ void CXmlTextWriter::WriteIndent(int depth) {
             m_indentCache += m_indentChars;
     }
     // A suffix of the cache is a NUL-terminated run of exactly `depth` levels.
-    m_pStream->Append(m_indentCache.c_str() + (m_indentCache.size() - needed));
+    PutTerminated(m_indentCache.c_str() + (m_indentCache.size() - needed), needed);
 }
 
-void CXmlTextWriter::FlushIfFull() {
+inline void CXmlTextWriter::FlushIfFull() {
+    // A plain memory stream's Flush does nothing, so inside the document element the
+    // staged text may wait for the next operation; the stream catches up at document level.
+    if (m_memoryStream && m_pContext != nullptr)
+        return;
+    Drain();
     if (m_pStream->GetLength() >= kFlushThreshold)
         m_pStream->Flush();
+}
+
+// ---------------------------------------------------------------------------
+// Staging
+//
+//   m_stage: [ text staged by the current operation | free ... ]  m_staged <= kStageCapacity
+//
+// Every public operation ends with Drain, so between operations the stream holds all
+// text and the flush rule sees the true length.
+
+void CXmlTextWriter::Drain() {
+    if (m_staged == 0)
+        return;
+    m_stage[m_staged] = '\0';
+    m_staged = 0;
+    m_pStream->Append(static_cast<const char*>(m_stage));
+}
+
+void CXmlTextWriter::PutSlow(const char* text, size_t length) {
+    while (length > 0) {
+        if (m_staged == kStageCapacity)
+            Drain();
+        size_t room = kStageCapacity - m_staged;
+        size_t n = length < room ? length : room;
+        std::memcpy(m_stage + m_staged, text, n);
+        m_staged += n;
+        text += n;
+        length -= n;
+    }
+}
+
+inline void CXmlTextWriter::PutTerminated(const char* text, size_t length) {
+    if (length <= kStageCapacity - m_staged) {
+        std::memcpy(m_stage + m_staged, text, length);
+        m_staged += length;
+        return;
+    }
+    // Too long to stage: the text ends in a NUL and goes to the stream as it is.
+    Drain();
+    m_pStream->Append(text);
 }
 
 } // namespace QzXmlLib16

@@ -5,6 +5,7 @@
 #ifndef QZXML_WRITERS_XMLTEXTWRITER_H
 #define QZXML_WRITERS_XMLTEXTWRITER_H
 
+#include <cstddef>
 #include <string>
 
 #include "foundation/StreamTypes.h"
@@ -26,6 +27,12 @@ void AsyncToXmlFile(bool async);
 // indent characters once per depth level; an element with text alone stays on one line;
 // an element without content comes out as "<a/>". Every write operation except
 // WriteRawElement ends by flushing the stream once it holds 4096 characters or more.
+//
+// Note: the writer stages text in a buffer of its own. On a plain CTextStream (whose Flush
+// does nothing) text written inside the document element may stay staged until a later
+// operation; the stream holds everything once the document element has ended, after
+// Close and after the writer's destruction. On any other stream, every operation hands
+// its text to the stream before it returns.
 class CXmlTextWriter : public CXmlWriter {
 public:
     // Borrows `stream`, which must outlive the writer. Format on, EOL type 1 ("\n"),
@@ -103,10 +110,25 @@ public:
     void PadAndAppend(const char* text, bool isAttribute);
 
 private:
+    // Staging of the current operation's text; see the picture in the .cpp.
+    static const size_t kStageCapacity = 2048;
+    void Put(char c);
+    void Put(const char* text, size_t length);
+    // `text` is NUL-terminated at `length`, so an overlong piece can skip the staging.
+    void PutTerminated(const char* text, size_t length);
+    void Put(const char* text);
+    void Put(const std::string& text);
+    void PutSlow(const char* text, size_t length);
+    // Hands the staged text to the stream.
+    void Drain();
+    // PadAndAppend without the final Drain.
+    void EscapeInto(const char* text, bool isAttribute);
+    // CloseParentElm without the final Drain.
+    void CloseParent();
     void WriteLineEnd();
     // The indent characters `depth` times, from a cached run.
     void WriteIndent(int depth);
-    // Flushes the stream once it holds 4096 characters or more.
+    // Drains the staging, then flushes the stream once it holds 4096 characters or more.
     void FlushIfFull();
     [[noreturn]] void ThrowAttributesAfterContent() const;
 
@@ -118,6 +140,10 @@ private:
     CTextStream* m_pStream;
     // The indent characters repeated; a suffix of it is the indent of any depth that fits.
     std::string m_indentCache;
+    size_t m_staged;
+    // The stream is exactly a CTextStream: text may stay staged inside the document element.
+    bool m_memoryStream;
+    char m_stage[kStageCapacity + 1];
 };
 
 } // namespace QzXmlLib16

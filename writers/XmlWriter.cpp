@@ -50,18 +50,10 @@ CXmlWriter::CXmlWriterContext::~CXmlWriterContext() {
     }
 }
 
-const std::string& CXmlWriter::CXmlWriterContext::GetDefaultNamespace() const {
-    return m_pStateOwner->m_defaultNamespace;
-}
-
 void CXmlWriter::CXmlWriterContext::SetDefaultNamespace(const std::string& uri) {
     // The parent's default namespace is not copied: it is overwritten at once.
     MakeIndependent(false);
     m_defaultNamespace = uri;
-}
-
-std::map<std::string, std::string>* CXmlWriter::CXmlWriterContext::GetNamespaceMap() const {
-    return m_pStateOwner->m_pNamespaceMap;
 }
 
 std::string& CXmlWriter::CXmlWriterContext::GetNamespaceMapValue(const char* uri) {
@@ -77,10 +69,22 @@ void CXmlWriter::CXmlWriterContext::SetNamespaceMapValue(const std::string& uri,
     (*m_pNamespaceMap)[uri] = prefix;
 }
 
-CXmlWriter::CXmlWriterContext* CXmlWriter::CXmlWriterContext::DetachParent() {
-    CXmlWriterContext* parent = m_pParent;
-    m_pParent = nullptr;
-    return parent;
+void CXmlWriter::CXmlWriterContext::ResetAsChild(const std::string& localName, const std::string& uri,
+                                                 CXmlWriterContext* parent) {
+    m_childCount = 0;
+    m_startTagOpen = true;
+    m_depth = parent->m_depth + 1;
+    // Assignment keeps the strings' buffers, so a reused context allocates nothing.
+    m_namespaceURI = uri;
+    m_localName = localName;
+    m_pParent = parent;
+    m_hasAttributes = false;
+    m_state = ContextStateNone;
+    m_defaultNamespace.clear();
+    m_pNamespaceMap = parent->GetNamespaceMap();
+    m_inherits = true;
+    m_ownsMap = false;
+    m_pStateOwner = parent->m_pStateOwner;
 }
 
 void CXmlWriter::CXmlWriterContext::MakeIndependent(bool copyDefaultNamespace) {
@@ -98,12 +102,18 @@ void CXmlWriter::CXmlWriterContext::MakeIndependent(bool copyDefaultNamespace) {
 // ---------------------------------------------------------------------------
 // CXmlWriter
 
-CXmlWriter::CXmlWriter(const char* monitorName) : CInstanceMonitor(monitorName), m_pContext(nullptr) {
+CXmlWriter::CXmlWriter(const char* monitorName)
+    : CInstanceMonitor(monitorName), m_pContext(nullptr), m_pSpareContexts(nullptr) {
     m_namespaces[XML_NAMESPACE] = "xml";
 }
 
 CXmlWriter::~CXmlWriter() {
     delete m_pContext;
+    while (m_pSpareContexts != nullptr) {
+        CXmlWriterContext* next = m_pSpareContexts->DetachParent();
+        delete m_pSpareContexts;
+        m_pSpareContexts = next;
+    }
 }
 
 void CXmlWriter::Open() {}
@@ -154,18 +164,22 @@ void CXmlWriter::SetContextState(ContextState state) {
         m_pContext->SetState(state);
 }
 
-void CXmlWriter::PopContext() {
-    CXmlWriterContext* context = m_pContext;
-    if (context == nullptr)
-        return;
-    m_pContext = context->DetachParent();
-    delete context;
-}
-
 CXmlWriter::CXmlWriterContext* CXmlWriter::NewContext(const std::string& localName, const std::string& uri) {
     if (m_pContext == nullptr)
         return new CXmlWriterContext(localName, uri, m_defaultNamespace, &m_namespaces, nullptr);
-    return new CXmlWriterContext(localName, uri, m_pContext);
+    CXmlWriterContext* context = m_pSpareContexts;
+    if (context == nullptr)
+        return new CXmlWriterContext(localName, uri, m_pContext);
+    m_pSpareContexts = context->DetachParent();
+    context->ResetAsChild(localName, uri, m_pContext);
+    return context;
+}
+
+void CXmlWriter::DiscardContext(CXmlWriterContext* context) {
+    if (context == nullptr)
+        return;
+    context->DetachParent();
+    delete context;
 }
 
 } // namespace QzXmlLib16

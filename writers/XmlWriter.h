@@ -98,6 +98,11 @@ public:
         bool GetOwnsMap() const { return m_ownsMap; }
 
     private:
+        friend class CXmlWriter;
+        // Turns a spare context into a child of `parent`, as the child constructor does.
+        void ResetAsChild(const std::string& localName, const std::string& uri, CXmlWriterContext* parent);
+        // Drops an own map before the context is kept as a spare.
+        void ReleaseState();
         // Gives this context its own copy of the effective map; no-op when it has one.
         void MakeIndependent(bool copyDefaultNamespace);
 
@@ -170,16 +175,60 @@ public:
 protected:
     // Makes `context` (whose parent must be the current context) the innermost one.
     void PushContext(CXmlWriterContext* context) { m_pContext = context; }
-    // Destroys the innermost context and makes its parent current. Null-safe.
+    // Ends the innermost context and makes its parent current. Null-safe. The context
+    // object is kept for reuse by NewContext, so that an element costs no allocation.
     void PopContext();
     // A new, not yet installed, context for an element starting now: the document
-    // element form with no open context, the child form otherwise. Caller owns it.
+    // element form with no open context, the child form otherwise. Caller owns it; to
+    // drop it without installing, call DiscardContext (deleting it would take its
+    // parent chain along).
     CXmlWriterContext* NewContext(const std::string& localName, const std::string& uri);
+    // Destroys a context from NewContext that was never installed; its parent stays.
+    static void DiscardContext(CXmlWriterContext* context);
 
     std::string m_defaultNamespace;
     CXmlWriterContext* m_pContext;
     std::map<std::string, std::string> m_namespaces;
+
+private:
+    // Contexts popped earlier, linked through their parent field; owned.
+    CXmlWriterContext* m_pSpareContexts;
 };
+
+// End of public interface. Inline bodies of the calls made once per element follow.
+
+inline const std::string& CXmlWriter::CXmlWriterContext::GetDefaultNamespace() const {
+    return m_pStateOwner->m_defaultNamespace;
+}
+
+inline std::map<std::string, std::string>* CXmlWriter::CXmlWriterContext::GetNamespaceMap() const {
+    return m_pStateOwner->m_pNamespaceMap;
+}
+
+inline CXmlWriter::CXmlWriterContext* CXmlWriter::CXmlWriterContext::DetachParent() {
+    CXmlWriterContext* parent = m_pParent;
+    m_pParent = nullptr;
+    return parent;
+}
+
+inline void CXmlWriter::CXmlWriterContext::ReleaseState() {
+    if (m_ownsMap)
+        delete m_pNamespaceMap;
+    m_pNamespaceMap = nullptr;
+    m_ownsMap = false;
+    m_inherits = true;
+    m_pStateOwner = this;
+}
+
+inline void CXmlWriter::PopContext() {
+    CXmlWriterContext* context = m_pContext;
+    if (context == nullptr)
+        return;
+    m_pContext = context->DetachParent();
+    context->ReleaseState();
+    context->m_pParent = m_pSpareContexts;
+    m_pSpareContexts = context;
+}
 
 } // namespace QzXmlLib16
 

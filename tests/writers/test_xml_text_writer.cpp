@@ -492,3 +492,51 @@ TEST_F(XmlTextWriterTest, DeepDocumentWithFormatOff) {
     EXPECT_EQ(text.size() - 14, text.rfind("</AA:e></AA:e>"));
     EXPECT_EQ(1u, CountOf(text, "xmlns"));
 }
+
+// ---------------------------------------------------------------------------
+// Staging
+
+// A plain memory stream holds the whole document once the document element has ended,
+// without Close, and everything written so far once the writer is gone.
+TEST(XmlTextWriterStagingTest, MemoryStreamCatchesUpAtDocumentLevel) {
+    CTextStream stream;
+    {
+        CXmlTextWriter writer(stream);
+        writer.Open();
+        writer.WriteStartElement("r", "");
+        writer.WriteString("text", ItemString, false);
+        writer.WriteEndElement();
+        EXPECT_EQ("<r>text</r>\n", std::string(stream.GetText()));
+        writer.WriteComment("c");
+        EXPECT_EQ("<r>text</r>\n<!--c-->\n", std::string(stream.GetText()));
+        // A second document element, abandoned half-way.
+        writer.WriteStartElement("s", "");
+        writer.WriteAttributeString("a", "", "1", ItemString);
+    }
+    EXPECT_EQ("<r>text</r>\n<!--c-->\n<s a=\"1\"", std::string(stream.GetText()));
+}
+
+// Texts longer than the staging area arrive whole and in order, around staged pieces.
+TEST(XmlTextWriterStagingTest, LongTextsPassTheStaging) {
+    CTextStream stream;
+    CXmlTextWriter writer(stream);
+    writer.Open();
+    writer.SetFormat(false);
+    std::string expected = "<r>";
+    writer.WriteStartElement("r", "");
+    for (size_t size : {1u, 2047u, 2048u, 2049u, 10000u}) {
+        std::string clean(size, 'c');
+        std::string escaped(size, '&');
+        writer.WriteStartElement("a", "");
+        writer.WriteAttributeString("v", "", clean, ItemString);
+        writer.WriteString(escaped, ItemString, false);
+        writer.WriteEndElement();
+        expected += "<a v=\"" + clean + "\">";
+        for (size_t i = 0; i < size; ++i)
+            expected += "&amp;";
+        expected += "</a>";
+    }
+    writer.WriteEndElement();
+    writer.Close();
+    EXPECT_EQ(expected + "</r>", std::string(stream.GetText()));
+}
