@@ -22,10 +22,10 @@ const CWhitespaceUtils::WhitespaceRule kCollapse = CWhitespaceUtils::Collapse;
 template <class E> std::string MessageOf(const std::function<void()>& call) {
     try {
         call();
-    } catch (const CQzException& e) {
-        if (dynamic_cast<const E*>(&e) == nullptr)
-            return "wrong exception class: " + e.GetMessage();
+    } catch (const E& e) {
         return e.GetMessage();
+    } catch (...) {
+        return "wrong exception class";
     }
     return "no exception";
 }
