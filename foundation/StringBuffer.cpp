@@ -95,13 +95,6 @@ void CStringBuffer::Append(const std::string& text) {
     Append(text.c_str());
 }
 
-void CStringBuffer::Append(char c) {
-    if (m_pCurrent == nullptr || m_nUsed == m_nCapacity)
-        AddNewBlock();
-    m_pCurrent[m_nUsed++] = c;
-    ++m_nTotalLength;
-}
-
 void CStringBuffer::SetText(const char* text) {
     Clear();
     Append(text);

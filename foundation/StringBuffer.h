@@ -36,7 +36,13 @@ public:
     void Append(const char* text);
     // Appends the C string of text: anything behind an embedded NUL is ignored.
     void Append(const std::string& text);
-    void Append(char c);
+    // One character; inline, since writers append character by character.
+    void Append(char c) {
+        if (m_pCurrent == nullptr || m_nUsed == m_nCapacity)
+            AddNewBlock();
+        m_pCurrent[m_nUsed++] = c;
+        ++m_nTotalLength;
+    }
     // Releases all blocks.
     void Clear();
     // Keeps a single block for reuse (zero-filled), otherwise Clear.
