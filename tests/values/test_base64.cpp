@@ -125,6 +125,33 @@ TEST(CBase64Test, WritePumpPutsOutWholeBytes) {
     EXPECT_EQ(0, std::memcmp(out, "ABC", 3));
 }
 
+// Decoding any mix of alphabet, "=" and whitespace equals feeding the alphabet values alone,
+// six bits at a time, through the bit pump.
+TEST(CBase64Test, DecodeMatchesThePumpWhateverTheLayout) {
+    const char* alphabet = CBase64::m_sBase64Alphabet;
+    unsigned int seed = 12345;
+    for (int round = 0; round < 200; ++round) {
+        std::string text;
+        std::vector<unsigned int> sextets;
+        const int length = round % 37;
+        for (int i = 0; i < length; ++i) {
+            seed = seed * 1103515245u + 12345u;
+            const unsigned int r = (seed >> 16) % 80;
+            if (r < 64) {
+                text += alphabet[r];
+                sextets.push_back(r);
+            } else {
+                text += " \t\r\n="[r % 5];
+            }
+        }
+        std::vector<unsigned char> expected(text.size() + 1, 0);
+        PumpEncoder pump;
+        const int expectedLength = pump.DecodeByPump(sextets, expected.data());
+        EXPECT_EQ(std::string(reinterpret_cast<char*>(expected.data()), expectedLength), Decode(text.c_str()))
+            << text;
+    }
+}
+
 TEST(CBinaryDataBase64Test, RoundTripAndEmptyForms) {
     std::vector<unsigned char> all(256);
     for (int i = 0; i < 256; ++i)
