@@ -49,6 +49,47 @@ inline bool IsAscii(const char* text, size_t length) {
     return (any & 0x80) == 0;
 }
 
+// The length of the leading part of the text that is ASCII without carriage returns: the part
+// that goes to the element as it is. Eight bytes at a time while they are plain.
+inline size_t PlainAsciiPrefix(const char* text, size_t length) {
+    const uint64_t kHigh = 0x8080808080808080ULL;
+    const uint64_t kOnes = 0x0101010101010101ULL;
+    const uint64_t kCR = 0x0D0D0D0D0D0D0D0DULL;
+    size_t i = 0;
+    while (length - i >= 8) {
+        uint64_t word;
+        std::memcpy(&word, text + i, 8);
+        uint64_t x = word ^ kCR; // a zero byte where a carriage return stands
+        if ((word & kHigh) || ((x - kOnes) & ~x & kHigh))
+            break;
+        i += 8;
+    }
+    while (i < length && static_cast<unsigned char>(text[i]) < 0x80 && text[i] != '\r')
+        ++i;
+    return i;
+}
+
+// One pass over a NUL-terminated name: its length, the first separator (or null) and whether it
+// is all ASCII. Names are short; a call to strlen and memchr costs more than the loop.
+struct NameScan {
+    size_t length;
+    const char* bar;
+    bool ascii;
+};
+
+inline NameScan ScanName(const char* name) {
+    const char* p = name;
+    const char* bar = nullptr;
+    unsigned char any = 0;
+    for (; *p; ++p) {
+        unsigned char c = static_cast<unsigned char>(*p);
+        any |= c;
+        if (c == static_cast<unsigned char>(kNamespaceSeparator) && !bar)
+            bar = p;
+    }
+    return NameScan{static_cast<size_t>(p - name), bar, (any & 0x80) == 0};
+}
+
 // A name as expat gives it: "uri|local" or "local". The parts point into the given text.
 struct SplitName {
     const char* uri;
@@ -226,10 +267,15 @@ void CExpatReader::StartElement(const char* name, const char** atts) {
     wchar_t* wide = reinterpret_cast<wchar_t*>(m_pScratch);
     char* narrow = m_pScratch + kNarrowSize;
     CXmlElement* element;
-    size_t nameLength = std::strlen(name);
-    if (IsAscii(name, nameLength)) {
-        SplitName parts = Split(name, nameLength);
-        element = m_pDocument->OpenElement(parts.uri, parts.uriLength, parts.local, parts.localLength);
+    NameScan scan = ScanName(name);
+    size_t nameLength = scan.length;
+    if (scan.ascii) {
+        if (scan.bar) {
+            size_t uriLength = static_cast<size_t>(scan.bar - name);
+            element = m_pDocument->OpenElement(name, uriLength, scan.bar + 1, nameLength - uriLength - 1);
+        } else {
+            element = m_pDocument->OpenElement("", 0, name, nameLength);
+        }
     } else {
         std::string converted = CEncoder::Utf8ToLocalCodePage(
             reinterpret_cast<unsigned char*>(const_cast<char*>(name)), static_cast<int>(nameLength), wide,
@@ -270,19 +316,35 @@ void CExpatReader::StartNamespace(const char* prefix, const char* uri) {
                               CEncoder::Utf8ToLocalCodePage(uri ? uri : ""));
 }
 
+// Plain ASCII runs go to the element as they are; a carriage return is dropped (expat has
+// normalised line ends, so one here was written as a reference); a run with characters beyond
+// ASCII is converted up to the next carriage return. expat never passes a NUL.
 void CExpatReader::Text(const char* text, int length) {
     CXmlElement* element = m_pDocument->GetOpenElement();
     if (!element)
         return;
-    if (IsAscii(text, static_cast<size_t>(length))) {
-        m_pDocument->AppendTextExcludingCR(element, text, static_cast<unsigned long>(length));
-        return;
+    const char* p = text;
+    const char* end = text + length;
+    while (p < end) {
+        size_t plain = PlainAsciiPrefix(p, static_cast<size_t>(end - p));
+        if (plain > 0)
+            element->AppendText(p, static_cast<int>(plain));
+        p += plain;
+        if (p == end)
+            break;
+        if (*p == '\r') {
+            ++p;
+            continue;
+        }
+        const char* run = p;
+        while (p < end && *p != '\r')
+            ++p;
+        std::string converted = CEncoder::Utf8ToLocalCodePage(
+            reinterpret_cast<unsigned char*>(const_cast<char*>(run)), static_cast<int>(p - run),
+            reinterpret_cast<wchar_t*>(m_pScratch), kWideUnits, m_pScratch + kNarrowSize, kNarrowSize);
+        m_pDocument->AppendTextExcludingCR(element, converted.data(),
+                                           static_cast<unsigned long>(converted.size()));
     }
-    std::string converted = CEncoder::Utf8ToLocalCodePage(
-        reinterpret_cast<unsigned char*>(const_cast<char*>(text)), length,
-        reinterpret_cast<wchar_t*>(m_pScratch), kWideUnits, m_pScratch + kNarrowSize, kNarrowSize);
-    m_pDocument->AppendTextExcludingCR(element, converted.data(),
-                                       static_cast<unsigned long>(converted.size()));
 }
 
 } // namespace QzXmlLib16

@@ -93,11 +93,11 @@ void CXmlDocument::Init() {
 }
 
 void CXmlDocument::Cleanup() {
-    delete m_pDocumentElement;
-    m_pDocumentElement = nullptr;
     delete[] m_pBuffer;
     m_pBuffer = nullptr;
     m_bufferSize = 0;
+    delete m_pDocumentElement;
+    m_pDocumentElement = nullptr;
     m_openElements.clear();
     m_namespaceMap.clear();
 }

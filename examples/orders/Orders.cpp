@@ -42,8 +42,9 @@ std::string Trimmed(const std::string& text) {
     return text.substr(first, last - first + 1);
 }
 
-// int: [+-]?[0-9]+ within 32 bits.
-int ParseInt(const std::string& text, const std::string& path) {
+// int: [+-]?[0-9]+ within 32 bits. The path of a node is made only for a message: it walks the
+// siblings of every ancestor.
+template <class Node> int ParseInt(const std::string& text, const Node* node) {
     std::string value = Trimmed(text);
     const char* start = value.c_str();
     bool digits = !value.empty() && value.find_first_not_of("+-0123456789") == std::string::npos;
@@ -51,18 +52,18 @@ int ParseInt(const std::string& text, const std::string& path) {
     errno = 0;
     long number = digits ? std::strtol(start, &end, 10) : 0;
     if (!digits || end == start || *end != '\0' || errno == ERANGE || number < INT_MIN || number > INT_MAX)
-        throw CQzValidationException(FormatString(kMsgBadInt, value.c_str()), path);
+        throw CQzValidationException(FormatString(kMsgBadInt, value.c_str()), node->GetXPath());
     return static_cast<int>(number);
 }
 
 // boolean: true | false | 1 | 0.
-bool ParseBoolean(const std::string& text, const std::string& path) {
+bool ParseBoolean(const std::string& text, const CXmlElement* element) {
     std::string value = Trimmed(text);
     if (value == "true" || value == "1")
         return true;
     if (value == "false" || value == "0")
         return false;
-    throw CQzValidationException(FormatString(kMsgBadBoolean, value.c_str()), path);
+    throw CQzValidationException(FormatString(kMsgBadBoolean, value.c_str()), element->GetXPath());
 }
 
 // Child cursor
@@ -254,7 +255,7 @@ CXmlElement* CItem::FromXml_Int(CXmlElement* element, CXmlElement* firstChild,
     ChildCursor cursor(element, firstChild, context);
     m_sku = cursor.TakeText("sku");
     if (CXmlElement* qty = cursor.Take("qty"))
-        m_qty = ParseInt(ChildCursor::SimpleText(qty), qty->GetXPath());
+        m_qty = ParseInt(ChildCursor::SimpleText(qty), qty);
     m_price = Trimmed(cursor.TakeText("price"));
     if (CXmlElement* note = cursor.TakeOptional("note"))
         SetNote(ChildCursor::SimpleText(note));
@@ -326,7 +327,7 @@ CXmlElement* COrder::FromXml_Int(CXmlElement* element, CXmlElement* firstChild,
         if (!attribute->GetNamespaceURI().empty())
             continue;
         if (attribute->GetLocalName() == "id") {
-            m_id = ParseInt(attribute->GetValue(), attribute->GetXPath());
+            m_id = ParseInt(attribute->GetValue(), attribute);
             hasId = true;
         } else if (attribute->GetLocalName() == "status") {
             SetStatus(attribute->GetValue());
@@ -341,7 +342,7 @@ CXmlElement* COrder::FromXml_Int(CXmlElement* element, CXmlElement* firstChild,
     m_items = ReadChild<CItems>(cursor, "items", context);
     m_total = Trimmed(cursor.TakeText("total"));
     if (CXmlElement* paid = cursor.Take("paid"))
-        m_paid = ParseBoolean(ChildCursor::SimpleText(paid), paid->GetXPath());
+        m_paid = ParseBoolean(ChildCursor::SimpleText(paid), paid);
     return cursor.Finish();
 }
 
