@@ -88,6 +88,19 @@ size_t SubtractInPlace(char* a, size_t na, const char* b, size_t nb) {
     return na;
 }
 
+// True when the first n digits of v are a 1 with n - 1 zeros below it.
+bool IsPowerOfTen(const DigitVector& v, size_t n) {
+    if (n == 0 || v[n - 1] != 1) {
+        return false;
+    }
+    for (size_t i = 0; i + 1 < n; ++i) {
+        if (v[i] != 0) {
+            return false;
+        }
+    }
+    return true;
+}
+
 // Pushes the digits of the text range [begin, end) read backwards, up to the first
 // character that is no digit.
 void BuildTrailingDigits(const char* begin, const char* end, DigitVector& out) {
@@ -669,8 +682,7 @@ void CBigInteger::Divide(const DigitVector& a, const DigitVector& b, DigitVector
         return;
     }
     size_t na = SignificantLength(a);
-    if (std::count(b.begin(), b.begin() + static_cast<std::ptrdiff_t>(nb), 0) ==
-        static_cast<std::ptrdiff_t>(nb - 1) && b[nb - 1] == 1) {
+    if (IsPowerOfTen(b, nb)) {
         size_t shift = nb - 1;
         DigitVector q(a.begin() + static_cast<std::ptrdiff_t>(std::min(shift, na)),
                       a.begin() + static_cast<std::ptrdiff_t>(na));

@@ -38,7 +38,8 @@ CBigInteger Scale(int places) {
 // C library that pads strings with blanks, once those blanks are turned into zeros:
 // on the left for a positive width, on the right for a negative one (the "-" flag).
 std::string PadWithZeros(const std::string& digits, int width) {
-    size_t target = width < 0 ? static_cast<size_t>(-static_cast<long long>(width)) : static_cast<size_t>(width);
+    size_t target =
+        width < 0 ? static_cast<size_t>(-static_cast<long long>(width)) : static_cast<size_t>(width);
     if (digits.size() >= target) {
         return digits;
     }

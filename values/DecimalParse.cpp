@@ -13,8 +13,10 @@ namespace QzXmlLib16 {
 namespace {
 
 // Messages
-const char* const kMsgInvalidChar = "The string representing a Decimal, contained an invalid char at position %d [%s].";
-const char* const kMsgExponentRange = "The string representing a Decimal, contained an exponent out of range [%s].";
+const char* const kMsgInvalidChar =
+    "The string representing a Decimal, contained an invalid char at position %d [%s].";
+const char* const kMsgExponentRange =
+    "The string representing a Decimal, contained an exponent out of range [%s].";
 
 // The largest positive exponent read: beyond it the value alone would take megabytes.
 const long kMaxExponent = 100000;

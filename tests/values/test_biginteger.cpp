@@ -207,10 +207,12 @@ TEST(CBigIntegerDivisionTest, OperatorsKeepTheirOwnRules) {
     EXPECT_EQ("3", Text(CBigInteger(-7) / CBigInteger(-2)));
     EXPECT_EQ("0", Text(CBigInteger(0) / CBigInteger(5)));
     EXPECT_EQ("ERROR: Overflow in operator/.", InvalidValueMessage([] { CBigInteger(5) / CBigInteger(0); }));
-    EXPECT_EQ("ERROR: Overflow in operator/.", InvalidValueMessage([] { CBigInteger(0) / CBigInteger("-0"); }));
+    EXPECT_EQ("ERROR: Overflow in operator/.",
+              InvalidValueMessage([] { CBigInteger(0) / CBigInteger("-0"); }));
     EXPECT_EQ("ERROR: Overflow in operator%.", InvalidValueMessage([] { CBigInteger(7) % CBigInteger(-2); }));
     // A negative zero is below zero, so it is refused as a negative divisor.
-    EXPECT_EQ("ERROR: Overflow in operator%.", InvalidValueMessage([] { CBigInteger(7) % CBigInteger("-0"); }));
+    EXPECT_EQ("ERROR: Overflow in operator%.",
+              InvalidValueMessage([] { CBigInteger(7) % CBigInteger("-0"); }));
 
     CBigInteger x(-7);
     EXPECT_EQ("ERROR: Overflow in operator /=.", InvalidValueMessage([&] { x /= CBigInteger(-2); }));
@@ -307,8 +309,9 @@ TEST(CBigIntegerRootTest, FloorOfTheSquareRoot) {
     EXPECT_EQ("2", Text(CBigInteger(4).SquareRoot()));
     EXPECT_EQ("100000000000000000000", Text(CBigInteger::Pow10(40).SquareRoot()));
     // (10^20 + 1)^2 - 1 lies just below a square.
-    CBigInteger justBelow = (CBigInteger::Pow10(20) + CBigInteger(1)) * (CBigInteger::Pow10(20) + CBigInteger(1)) -
-                            CBigInteger(1);
+    CBigInteger justBelow =
+        (CBigInteger::Pow10(20) + CBigInteger(1)) * (CBigInteger::Pow10(20) + CBigInteger(1)) -
+        CBigInteger(1);
     EXPECT_EQ("100000000000000000000", Text(justBelow.SquareRoot()));
 }
 

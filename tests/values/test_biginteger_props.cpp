@@ -69,7 +69,8 @@ TEST(CBigIntegerPropertyTest, MultiplicationMatchesInt128) {
         Int128 a = RandomValue(rng, 18);
         Int128 b = RandomValue(rng, 19);
         SCOPED_TRACE(ToText(a) + " * " + ToText(b));
-        ASSERT_EQ(ToText(a * b), (CBigInteger(ToText(a).c_str()) * CBigInteger(ToText(b).c_str())).ToString());
+        ASSERT_EQ(ToText(a * b),
+                  (CBigInteger(ToText(a).c_str()) * CBigInteger(ToText(b).c_str())).ToString());
     }
 }
 

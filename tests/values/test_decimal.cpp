@@ -14,8 +14,7 @@ using namespace QzXmlLib16;
 namespace {
 
 // The message of the exception of class E the call throws, or a marker text.
-template <class E>
-std::string MessageOf(const std::function<void()>& call) {
+template <class E> std::string MessageOf(const std::function<void()>& call) {
     try {
         call();
     } catch (const E& e) {
@@ -27,8 +26,8 @@ std::string MessageOf(const std::function<void()>& call) {
 }
 
 std::string InvalidChar(int position, const std::string& text) {
-    return "The string representing a Decimal, contained an invalid char at position " + std::to_string(position) +
-           " [" + text + "].";
+    return "The string representing a Decimal, contained an invalid char at position " +
+           std::to_string(position) + " [" + text + "].";
 }
 
 std::string Text(const char* text) {
@@ -120,8 +119,9 @@ TEST(CDecimalParseTest, LongDigitRunsAreReadInFull) {
 TEST(CDecimalParseTest, HugePositiveExponentIsRefused) {
     EXPECT_EQ("The string representing a Decimal, contained an exponent out of range [1E100001].",
               MessageOf<CQzInvalidValueException>([] { CDecimal("1E100001"); }));
-    EXPECT_EQ("The string representing a Decimal, contained an exponent out of range [1E99999999999999999999].",
-              MessageOf<CQzInvalidValueException>([] { CDecimal("1E99999999999999999999"); }));
+    EXPECT_EQ(
+        "The string representing a Decimal, contained an exponent out of range [1E99999999999999999999].",
+        MessageOf<CQzInvalidValueException>([] { CDecimal("1E99999999999999999999"); }));
 }
 
 // 31 places drop to 30 by the tie rule; Rationalise ran before, so a final zero stays.
@@ -138,8 +138,8 @@ TEST(CDecimalParseTest, FromDouble) {
     EXPECT_EQ("100000000000000000000", CDecimal(1e20).ToString());
     EXPECT_EQ("0.0000000000001", CDecimal(1e-13).ToString());
     EXPECT_EQ("0", CDecimal(1e-14).ToString());
-    EXPECT_EQ(InvalidChar(0, "nan\n"),
-              MessageOf<CQzInvalidValueException>([] { CDecimal(std::numeric_limits<double>::quiet_NaN()); }));
+    EXPECT_EQ(InvalidChar(0, "nan\n"), MessageOf<CQzInvalidValueException>(
+                                           [] { CDecimal(std::numeric_limits<double>::quiet_NaN()); }));
     EXPECT_EQ(InvalidChar(0, "inf\n"),
               MessageOf<CQzInvalidValueException>([] { CDecimal(std::numeric_limits<double>::infinity()); }));
 }
@@ -342,10 +342,10 @@ TEST(CDecimalToStringTest, FixedPlacesRoundHalfAwayFromZero) {
         int places;
         const char* expected;
     } rows[] = {
-        {"2.5", 0, "3."},       {"2.4", 0, "2."},      {"12", 0, "12."},     {"1.234", 2, "1.23"},
-        {"1.235", 2, "1.24"},   {"-1.235", 2, "-1.24"}, {"-1.234", 2, "-1.23"}, {"1", 2, "1.00"},
-        {"1.2", 3, "1.200"},    {"0.96", 1, "1.0"},    {"-0.5", 0, "-1."},   {"-0.05", 1, "-0.1"},
-        {"0.995", 2, "1.0"},    {"9.9999", 3, "10.000"}, {"0.04", 1, "0.0"},   {"3.14159", -2, "3."},
+        {"2.5", 0, "3."},     {"2.4", 0, "2."},        {"12", 0, "12."},       {"1.234", 2, "1.23"},
+        {"1.235", 2, "1.24"}, {"-1.235", 2, "-1.24"},  {"-1.234", 2, "-1.23"}, {"1", 2, "1.00"},
+        {"1.2", 3, "1.200"},  {"0.96", 1, "1.0"},      {"-0.5", 0, "-1."},     {"-0.05", 1, "-0.1"},
+        {"0.995", 2, "1.0"},  {"9.9999", 3, "10.000"}, {"0.04", 1, "0.0"},     {"3.14159", -2, "3."},
     };
     for (const Row& row : rows) {
         SCOPED_TRACE(std::string(row.text) + " at " + std::to_string(row.places));
@@ -391,5 +391,6 @@ TEST(CDecimalConvertTest, DoubleWithinItsRange) {
 TEST(CDecimalConvertTest, BigIntegerRoundsTiesTowardsZero) {
     EXPECT_EQ("2", CDecimal("2.5").ToBigInteger().ToString());
     EXPECT_EQ("3", CDecimal("2.51").ToBigInteger().ToString());
-    EXPECT_EQ("-123456789012345678901234567890", CDecimal("-123456789012345678901234567890.2").ToBigInteger().ToString());
+    EXPECT_EQ("-123456789012345678901234567890",
+              CDecimal("-123456789012345678901234567890.2").ToBigInteger().ToString());
 }
