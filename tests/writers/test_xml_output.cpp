@@ -182,6 +182,12 @@ TEST(XmlOutputTest, ZlibRefusedForFiles) {
                                         CSerializationContext::m_defaultContext, CompressionZlib);
                   }));
         EXPECT_EQ("old content", ReadFile(path));
+        const std::string absent = TempPath("zlib-absent.xml");
+        std::remove(absent.c_str());
+        EXPECT_THROW(object->ToXmlFile(absent.c_str(), true, true, EncodingUTF8, EOLLf,
+                                       CSerializationContext::m_defaultContext, CompressionZlib),
+                     CQzException);
+        EXPECT_EQ(nullptr, std::fopen(absent.c_str(), "rb"));
     }
     std::remove(path.c_str());
 }
