@@ -100,6 +100,8 @@ public:
                               ItemType type) override;
     // xsi:type naming `typeName` of namespace `uri` (with a prefix unless `uri` is empty or
     // the default namespace). Throws as WriteAttributeString.
+    // Note: a new declaration for `uri` ends in a blank, and the attribute adds its own,
+    // so two blanks stand between them.
     void WriteAttributeType(const std::string& uri, const std::string& typeName, ItemType type) override;
     // xsi:nil="true". Throws as WriteAttributeString.
     void WriteAttributeNil() override;

@@ -383,6 +383,14 @@ TEST_F(XmlTextWriterTest, DirectivesCommentsAndInstructions) {
               text);
 }
 
+// A comment goes where the stream stands, also into an open start tag.
+TEST_F(XmlTextWriterTest, CommentDoesNotEndStartTag) {
+    m_writer.WriteStartElement("r", "");
+    m_writer.WriteComment("c--d");
+    m_writer.WriteEndElement();
+    EXPECT_EQ("<r<!--c--d-->\n/>\n", Finish(false));
+}
+
 TEST_F(XmlTextWriterTest, HeaderDirectiveRefusedInsideElement) {
     m_writer.WriteStartElement("r", "");
     EXPECT_EQ("Headed directives must appear before an Element has been added.",
