@@ -30,6 +30,8 @@ class CBigInteger {
 public:
     typedef std::vector<char> DigitVector;
 
+    // Exact; a negative value's magnitude is its two's-complement negation, so the most
+    // negative value of each type is held too. There is no default constructor.
     CBigInteger(int value);
     CBigInteger(unsigned int value);
     CBigInteger(long value);
@@ -66,13 +68,16 @@ public:
     // Note: flips the sign of this object itself and returns it; no new value is made.
     CBigInteger& operator-();
 
+    // Equal magnitudes and signs; the two zeros are equal whatever their signs.
     bool operator==(const CBigInteger& other) const;
     bool operator!=(const CBigInteger& other) const;
+    // Signs decide first (negative is less), then the magnitudes.
     bool operator<(const CBigInteger& other) const;
     bool operator>(const CBigInteger& other) const;
     bool operator<=(const CBigInteger& other) const;
     bool operator>=(const CBigInteger& other) const;
 
+    // Exact sum and difference; equal magnitudes of opposite signs give +0.
     CBigInteger operator+(const CBigInteger& other) const;
     CBigInteger operator-(const CBigInteger& other) const;
     // The sign is the product of the signs, so zero times a negative is a negative zero.
@@ -82,6 +87,7 @@ public:
     // Remainder with the sign of the dividend. Note: a negative divisor throws
     // "ERROR: Overflow in operator%.", and so does a zero one.
     CBigInteger operator%(const CBigInteger& other) const;
+    // In place; same results as the binary forms.
     CBigInteger& operator+=(const CBigInteger& other);
     CBigInteger& operator-=(const CBigInteger& other);
     CBigInteger& operator*=(const CBigInteger& other);

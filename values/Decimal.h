@@ -27,6 +27,7 @@ public:
 
     // +0.
     CDecimal();
+    // The integer part; fraction +0 at one place.
     CDecimal(int value);
     CDecimal(long value);
     CDecimal(long long value);
@@ -46,7 +47,8 @@ public:
     // skipped anywhere and signs taken anywhere before the "." (the last one wins:
     // "1-2" is -12). Throws CQzInvalidValueException "The string representing a Decimal,
     // contained an invalid char at position %d [%s]."; the value is unchanged then.
-    // A null text reads as the empty text, which is zero.
+    // An exponent above 100000 throws "The string representing a Decimal, contained an
+    // exponent out of range [%s].". A null text reads as the empty text, which is zero.
     void Parse(const char* text);
 
     // The shortest text: "1.5", "-0.05", "12"; never an exponent nor a leading "+".
