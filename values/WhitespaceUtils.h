@@ -11,17 +11,36 @@ namespace QzXmlLib16 {
 
 class CWhitespaceUtils {
 public:
-    // The rule that a reader applies to its text before parsing it.
-    // Note: the enumerators take the rule names (CWhitespaceUtils::Collapse is the rule), so the
-    // text operations below that carry out a single rule are named PreserveText, ReplaceText
-    // and CollapseText: a class scope cannot hold an enumerator and a function of one name.
-    // The type is int-based, so any number is a value and ApplyRule can refuse it.
+    // The rule that a reader applies to its text before parsing it. The type is int-based, so
+    // any number is a value and ApplyRule can refuse it.
     enum WhitespaceRule : int {
-        None = 0,     // the text unchanged
-        Preserve = 1, // only line ends normalised
-        Replace = 2,  // tab, line feed and carriage return each become a space
-        Collapse = 3  // as replace, then runs of spaces shrink to one and the ends are trimmed
+        None = 0,               // the text unchanged
+        WhitespacePreserve = 1, // only line ends normalised
+        WhitespaceReplace = 2,  // tab, line feed and carriage return each become a space
+        WhitespaceCollapse = 3  // as replace, then runs of spaces shrink to one and the ends are trimmed
     };
+
+    // Note: Preserve, Replace and Collapse name both a rule and the text operation that carries
+    // it out. Each is a constant that converts to its WhitespaceRule value
+    // (ApplyRule(CWhitespaceUtils::Collapse, text)) and that can be called
+    // (CWhitespaceUtils::Collapse(text)). A class cannot hold an enumerator and a function of one
+    // name, so the enumerators above carry a prefix and these constants stand in for both.
+    struct PreserveRule {
+        constexpr operator WhitespaceRule() const { return WhitespacePreserve; }
+        std::string operator()(const char* text, int length) const { return PreserveText(text, length); }
+        std::string operator()(const std::string& text) const { return PreserveText(text); }
+    };
+    struct ReplaceRule {
+        constexpr operator WhitespaceRule() const { return WhitespaceReplace; }
+        std::string operator()(const std::string& text) const { return ReplaceText(text); }
+    };
+    struct CollapseRule {
+        constexpr operator WhitespaceRule() const { return WhitespaceCollapse; }
+        std::string operator()(const std::string& text) const { return CollapseText(text); }
+    };
+    static constexpr PreserveRule Preserve{};
+    static constexpr ReplaceRule Replace{};
+    static constexpr CollapseRule Collapse{};
 
     // True for space, tab, carriage return and line feed; nothing else counts as whitespace.
     static bool IsWhiteSpace(char c) { return c == ' ' || c == '\t' || c == '\r' || c == '\n'; }

@@ -150,3 +150,27 @@ TEST(CWhitespaceUtilsTest, BufferFormReturnsInputWhenUnchanged) {
     std::string buffer = "old";
     EXPECT_EQ("a b", CWhitespaceUtils::ApplyRule(CWhitespaceUtils::Collapse, std::string(" a b"), buffer));
 }
+
+namespace {
+
+// Preserve, Replace and Collapse serve both as rule values and as callable operations.
+TEST(WhitespaceRuleNames, NameBothTheRuleAndItsOperation) {
+    using namespace QzXmlLib16;
+    CWhitespaceUtils::WhitespaceRule rule = CWhitespaceUtils::Collapse;
+    EXPECT_EQ(3, rule);
+    EXPECT_EQ(1, static_cast<int>(CWhitespaceUtils::Preserve));
+    EXPECT_EQ(2, static_cast<int>(CWhitespaceUtils::Replace));
+    EXPECT_EQ("a b", CWhitespaceUtils::Collapse("  a \n b "));
+    EXPECT_EQ("  a   b ", CWhitespaceUtils::Replace("  a \n\tb "));
+    EXPECT_EQ("a\nb", CWhitespaceUtils::Preserve("a\r\nb"));
+    EXPECT_EQ("a\n", CWhitespaceUtils::Preserve("a\r\nb", 3));
+    EXPECT_EQ(CWhitespaceUtils::Collapse("\tx\t"), CWhitespaceUtils::ApplyRule(CWhitespaceUtils::Collapse, "\tx\t"));
+    switch (rule) {
+    case CWhitespaceUtils::Collapse:
+        break;
+    default:
+        ADD_FAILURE() << "a rule constant must serve as a case label";
+    }
+}
+
+} // namespace
