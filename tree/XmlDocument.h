@@ -36,7 +36,8 @@ long _filelength(FILE* file);
 // the first element, then for each further element AddChildElement, its attributes through
 // AddElementAttribute, its text (in as many pieces as the reader likes) through
 // AppendTextExcludingCR, and EndElement when it closes. Strings are copied; the reader may reuse
-// its buffers as soon as a call returns.
+// its buffers as soon as a call returns. An element callback stops a load by throwing: the
+// exception comes out of Load* unchanged and the partial tree stays until the next Cleanup.
 class CXmlDocument : public CInstanceMonitor {
 public:
     // Called with each element as it ends; true asks the document to drop the element (which
@@ -76,8 +77,9 @@ public:
     // mark or the declaration, UTF-8 by default; never the local code page. Throws "XML String is
     // empty!" for an empty or null text, and the parse errors.
     void LoadXml(const char* text);
-    // Parses wide text as UTF-16: each character gives its low 16 bits, no surrogate handling.
-    // Throws "XML String is empty!" for an empty or null text, and the parse errors.
+    // Parses wide text as UTF-16 behind a 0xFF 0xFE mark.
+    // Note: each character gives its low 16 bits only, without surrogate handling, so a
+    // character above U+FFFF arrives as another character. Throws "XML String is empty!" for an empty or null text, and the parse errors.
     void LoadXml(const wchar_t* text);
 
     // The URI the document last bound to the prefix ("" for the default namespace); "" when the
@@ -85,8 +87,9 @@ public:
     std::string LookupNamespaceFromAlias(const char* alias) const;
     // The smallest prefix bound to the URI ("" wins over every other); "" when none is.
     std::string LookupAliasFromNamespace(const char* uri) const;
-    // The whole namespace map: prefix as written -> URI. The last declaration of a prefix
-    // anywhere in the document stands for the whole document.
+    // The whole namespace map: prefix as written -> URI.
+    // Note: the map does not follow scoping. The last declaration of a prefix anywhere in the
+    // document stands for the whole document, and xmlns="" maps "" to the empty URI.
     const std::map<std::string, std::string>& GetNamespaceMap() const { return m_namespaceMap; }
 
     // --- Building operations (see the protocol above). Strings are in the local code page.
