@@ -372,7 +372,7 @@ std::string CBinaryData::GetAsBase64() const {
 
 void CBinaryData::SetAsBase64(const char* szText) {
     Clear();
-    const size_t length = std::strlen(szText);
+    const size_t length = szText ? std::strlen(szText) : 0; // null is taken as ""
     if (length == 0)
         return;
     std::unique_ptr<unsigned char[]> buffer(new unsigned char[length + 1]);

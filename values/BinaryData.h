@@ -95,7 +95,7 @@ public:
     // Base64 text without line breaks; empty without a holder.
     std::string GetAsBase64() const;
     // Note: Clear, then decode. "" leaves the handle empty; text with an invalid character
-    // gives a holder of length 0 (unequal to an empty handle) and no exception. Not null.
+    // gives a holder of length 0 (unequal to an empty handle) and no exception. Null is "".
     void SetAsBase64(const char* szText);
     // Two upper-case hex digits per byte; empty without a holder.
     std::string GetAsHexString() const;

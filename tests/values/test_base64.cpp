@@ -163,6 +163,9 @@ TEST(CBinaryDataBase64Test, RoundTripAndEmptyForms) {
 
     back.SetAsBase64("");
     EXPECT_EQ(nullptr, back.GetData());
+    back.SetBuffer("x");
+    back.SetAsBase64(nullptr);
+    EXPECT_EQ(nullptr, back.GetData());
 
     // Invalid text leaves a holder of length 0, whose base64 is empty.
     CBinaryData invalid("old");
