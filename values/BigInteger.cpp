@@ -101,6 +101,31 @@ bool IsPowerOfTen(const DigitVector& v, size_t n) {
     return true;
 }
 
+// a[0..na) -= factor * b[0..nb) in place, where the product does not exceed a; returns
+// the new trimmed length of a.
+size_t SubtractMultipleInPlace(char* a, size_t na, const char* b, size_t nb, int factor) {
+    int borrow = 0;
+    size_t i = 0;
+    for (; i < nb || (borrow != 0 && i < na); ++i) {
+        int d = a[i] - borrow - (i < nb ? factor * b[i] : 0);
+        borrow = d < 0 ? (9 - d) / 10 : 0;
+        a[i] = static_cast<char>(d + 10 * borrow);
+    }
+    while (na > 0 && a[na - 1] == 0) {
+        --na;
+    }
+    return na;
+}
+
+// The value of the top `count` digits of v[0..n) (most significant first), count <= 18.
+uint64_t LeadingValue(const char* v, size_t n, size_t count) {
+    uint64_t value = 0;
+    for (size_t i = 0; i < count; ++i) {
+        value = value * 10 + static_cast<uint64_t>(v[n - 1 - i]);
+    }
+    return value;
+}
+
 // Pushes the digits of the text range [begin, end) read backwards, up to the first
 // character that is no digit.
 void BuildTrailingDigits(const char* begin, const char* end, DigitVector& out) {
@@ -712,12 +737,23 @@ void CBigInteger::Divide(const DigitVector& a, const DigitVector& b, DigitVector
         while (nr > 0 && r[nr - 1] == 0) {
             --nr;
         }
-        char digit = 0;
-        while (CompareTrimmed(r.data(), nr, b.data(), nb) >= 0) {
-            nr = SubtractInPlace(r.data(), nr, b.data(), nb);
-            ++digit;
+        // r < 10 * b here, so the digit is 0..9. The leading digits give a lower bound,
+        // r_head / (b_head + 1), that is at most one or two short; subtraction ends it.
+        int digit = 0;
+        if (CompareTrimmed(r.data(), nr, b.data(), nb) >= 0) {
+            size_t headLength = std::min<size_t>(nb, 17);
+            uint64_t bHead = LeadingValue(b.data(), nb, headLength);
+            uint64_t rHead = LeadingValue(r.data(), nr, headLength + (nr - nb));
+            digit = static_cast<int>(rHead / (bHead + 1));
+            if (digit > 0) {
+                nr = SubtractMultipleInPlace(r.data(), nr, b.data(), nb, digit);
+            }
+            while (CompareTrimmed(r.data(), nr, b.data(), nb) >= 0) {
+                nr = SubtractInPlace(r.data(), nr, b.data(), nb);
+                ++digit;
+            }
         }
-        q[i - 1] = digit;
+        q[i - 1] = static_cast<char>(digit);
     }
     Clean(q);
     r.resize(nr == 0 ? 1 : nr);

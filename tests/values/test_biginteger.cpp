@@ -249,6 +249,15 @@ TEST(CBigIntegerDivisionTest, LongQuotientsAreExact) {
     EXPECT_EQ(Text(big), Text(q * divisor + r));
     EXPECT_TRUE(r < divisor);
     EXPECT_EQ("1", Text(CBigInteger::Pow10(50) / CBigInteger::Pow10(50)));
+    // Runs of nines and near-powers of ten push every quotient digit to its limit.
+    CBigInteger nines = CBigInteger::Pow10(60) - CBigInteger(1);
+    CBigInteger divisor24 = CBigInteger::Pow10(24) - CBigInteger(1);
+    EXPECT_EQ("1000000000000000000000001000000000000", Text(nines / divisor24));
+    EXPECT_EQ("999999999999", Text(nines % divisor24));
+    CBigInteger ninesThenZeros((std::string(50, '9') + std::string(10, '0')).c_str());
+    CBigInteger nearPower = CBigInteger::Pow10(25) + CBigInteger(7);
+    EXPECT_EQ("99999999999999999999999930000000000", Text(ninesThenZeros / nearPower));
+    EXPECT_EQ("480000000000", Text(ninesThenZeros % nearPower));
     EXPECT_EQ("12345", Text(CBigInteger("1234567890") / CBigInteger(100000)));
     EXPECT_EQ("67890", Text(CBigInteger("1234567890") % CBigInteger(100000)));
 }
