@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <memory>
 
 #include "tree/XmlDocument.h"
 
@@ -46,8 +47,9 @@ CXmlElement* CXmlElement::CreateNewChildElement() {
 
 void CXmlElement::AddAttribute(const std::string& localName, const std::string& value,
                                const std::string& uri) {
-    m_attributes.reserve(m_attributes.size() + 1);
-    m_attributes.push_back(new CXmlAttribute(this, localName, value, uri));
+    std::unique_ptr<CXmlAttribute> attribute(new CXmlAttribute(this, localName, value, uri));
+    m_attributes.push_back(attribute.get());
+    attribute.release();
 }
 
 void CXmlElement::AppendText(const char* text) {
