@@ -225,7 +225,7 @@ CBinaryData::CBinaryData(CBinaryData&& other) noexcept : m_pData(other.m_pData) 
 
 CBinaryData::CBinaryData(unsigned char* pData, unsigned long nLength, bool bTakeOwnership)
     : m_pData(nullptr) {
-    if (nLength != 0)
+    if (nLength != 0 && pData != nullptr)
         m_pData = new CDataHolder(pData, nLength, bTakeOwnership);
 }
 
@@ -278,7 +278,7 @@ unsigned long CBinaryData::GetLength() const {
 // CBinaryData: writing
 
 void CBinaryData::Append(unsigned char* pData, unsigned long nLength) {
-    if (nLength == 0)
+    if (nLength == 0 || pData == nullptr)
         return;
     if (!m_pData) {
         m_pData = new CDataHolder(pData, nLength, false);
@@ -318,7 +318,7 @@ void CBinaryData::Append(const CBinaryData& data) {
 
 void CBinaryData::SetBuffer(unsigned char* pData, unsigned long nLength) {
     Clear();
-    if (nLength != 0)
+    if (nLength != 0 && pData != nullptr)
         m_pData = new CDataHolder(pData, nLength, false);
 }
 

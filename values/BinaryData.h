@@ -59,7 +59,7 @@ public:
     CBinaryData(const CBinaryData& other);
     // Takes over the other's holder and leaves it empty.
     CBinaryData(CBinaryData&& other) noexcept;
-    // With nLength 0 no holder is made and pData is not taken. With bTakeOwnership the holder
+    // With nLength 0 (or a null pData) no holder is made and pData is not taken. With bTakeOwnership the holder
     // adopts pData (allocated with new[]); otherwise the bytes are copied.
     CBinaryData(unsigned char* pData, unsigned long nLength, bool bTakeOwnership);
     // Copies the bytes of a NUL-terminated string without the NUL; "" (or null) gives no holder.
@@ -76,7 +76,7 @@ public:
     unsigned long GetLength() const;
 
     // All forms append bytes, detaching this handle from other sharers first; length 0 does
-    // nothing. The std::string form stops at the first zero byte.
+    // nothing, as does a null pointer. The std::string form stops at the first zero byte.
     void Append(unsigned char* pData, unsigned long nLength);
     void Append(unsigned char byte);
     void Append(char byte);
