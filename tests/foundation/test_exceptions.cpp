@@ -104,9 +104,11 @@ TEST(ExceptionCopy, AssignmentKeepsTargetPathAndLeavesOldInnerAlone) {
     EXPECT_EQ("old inner", oldInner->GetMessage());
     delete oldInner;
 
+    CQzException* secondInner = target.GetInnerException();
     CQzException empty;
     target = empty;
     EXPECT_EQ(nullptr, target.GetInnerException());
+    delete secondInner;
 }
 
 TEST(FormatString, PlainConversions) {
