@@ -1,1 +1,0 @@
-// Keeps the example library non-empty while the example classes are header-only.
