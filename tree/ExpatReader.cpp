@@ -49,8 +49,8 @@ inline bool IsAscii(const char* text, size_t length) {
     return (any & 0x80) == 0;
 }
 
-// The length of the leading part of the text that is ASCII without carriage returns: the part
-// that goes to the element as it is. Eight bytes at a time while they are plain.
+// The length of the leading part of the text that is ASCII without carriage returns and NULs:
+// the part that goes to the element as it is. Eight bytes at a time while they are plain.
 inline size_t PlainAsciiPrefix(const char* text, size_t length) {
     const uint64_t kHigh = 0x8080808080808080ULL;
     const uint64_t kOnes = 0x0101010101010101ULL;
@@ -60,11 +60,11 @@ inline size_t PlainAsciiPrefix(const char* text, size_t length) {
         uint64_t word;
         std::memcpy(&word, text + i, 8);
         uint64_t x = word ^ kCR; // a zero byte where a carriage return stands
-        if ((word & kHigh) || ((x - kOnes) & ~x & kHigh))
+        if ((word & kHigh) || ((x - kOnes) & ~x & kHigh) || ((word - kOnes) & ~word & kHigh))
             break;
         i += 8;
     }
-    while (i < length && static_cast<unsigned char>(text[i]) < 0x80 && text[i] != '\r')
+    while (i < length && static_cast<unsigned char>(text[i] - 1) < 0x7F && text[i] != '\r')
         ++i;
     return i;
 }
@@ -186,6 +186,10 @@ void CExpatReader::Parse(bool isFinal) {
 }
 
 void CExpatReader::Fail() {
+    // A handler called directly, outside a parse, has no parser to stop: its failure goes
+    // straight to the caller.
+    if (!m_parser)
+        throw;
     if (!m_pending)
         m_pending = std::current_exception();
     XML_StopParser(m_parser, XML_FALSE);
@@ -263,9 +267,17 @@ void CExpatReader::FnEndCDATA(void* reader) {
 
 // --- Handler bodies
 
+// UTF-8 to the local code page through the scratch buffer, or through the heap when the
+// handlers are called before CreateParser has made it.
+std::string CExpatReader::ToLocal(const char* text, size_t length) {
+    unsigned char* bytes = reinterpret_cast<unsigned char*>(const_cast<char*>(text));
+    if (!m_pScratch)
+        return CEncoder::Utf8ToLocalCodePage(bytes, static_cast<int>(length), nullptr, 0, nullptr, 0);
+    return CEncoder::Utf8ToLocalCodePage(bytes, static_cast<int>(length), reinterpret_cast<wchar_t*>(m_pScratch),
+                                         kWideUnits, m_pScratch + kNarrowSize, kNarrowSize);
+}
+
 void CExpatReader::StartElement(const char* name, const char** atts) {
-    wchar_t* wide = reinterpret_cast<wchar_t*>(m_pScratch);
-    char* narrow = m_pScratch + kNarrowSize;
     CXmlElement* element;
     NameScan scan = ScanName(name);
     size_t nameLength = scan.length;
@@ -277,9 +289,7 @@ void CExpatReader::StartElement(const char* name, const char** atts) {
             element = m_pDocument->OpenElement("", 0, name, nameLength);
         }
     } else {
-        std::string converted = CEncoder::Utf8ToLocalCodePage(
-            reinterpret_cast<unsigned char*>(const_cast<char*>(name)), static_cast<int>(nameLength), wide,
-            kWideUnits, narrow, kNarrowSize);
+        std::string converted = ToLocal(name, nameLength);
         SplitName parts = Split(converted.data(), converted.size());
         element = m_pDocument->OpenElement(parts.uri, parts.uriLength, parts.local, parts.localLength);
     }
@@ -294,18 +304,14 @@ void CExpatReader::StartElement(const char* name, const char** atts) {
         if (IsAscii(attName, attNameLength)) {
             parts = Split(attName, attNameLength);
         } else {
-            convertedName = CEncoder::Utf8ToLocalCodePage(
-                reinterpret_cast<unsigned char*>(const_cast<char*>(attName)), static_cast<int>(attNameLength),
-                wide, kWideUnits, narrow, kNarrowSize);
+            convertedName = ToLocal(attName, attNameLength);
             parts = Split(convertedName.data(), convertedName.size());
         }
         std::string value;
         if (IsAscii(attValue, attValueLength))
             value.assign(attValue, attValueLength);
         else
-            value = CEncoder::Utf8ToLocalCodePage(
-                reinterpret_cast<unsigned char*>(const_cast<char*>(attValue)),
-                static_cast<int>(attValueLength), wide, kWideUnits, narrow, kNarrowSize);
+            value = ToLocal(attValue, attValueLength);
         m_pDocument->AddElementAttribute(element, std::string(parts.local, parts.localLength), value,
                                          std::string(parts.uri, parts.uriLength));
     }
@@ -316,9 +322,11 @@ void CExpatReader::StartNamespace(const char* prefix, const char* uri) {
                               CEncoder::Utf8ToLocalCodePage(uri ? uri : ""));
 }
 
-// Plain ASCII runs go to the element as they are; a carriage return is dropped (expat has
-// normalised line ends, so one here was written as a reference); a run with characters beyond
-// ASCII is converted up to the next carriage return. expat never passes a NUL.
+// Plain ASCII runs go to the element as they are and a carriage return is dropped (expat has
+// normalised line ends, so one here was written as a reference). From the first character
+// beyond ASCII the rest is converted in one piece; ASCII is the same in every local code page,
+// so the result equals a conversion of the whole text. A NUL, which expat never passes, ends
+// the text as it ends a conversion.
 void CExpatReader::Text(const char* text, int length) {
     CXmlElement* element = m_pDocument->GetOpenElement();
     if (!element)
@@ -330,20 +338,16 @@ void CExpatReader::Text(const char* text, int length) {
         if (plain > 0)
             element->AppendText(p, static_cast<int>(plain));
         p += plain;
-        if (p == end)
-            break;
+        if (p == end || *p == '\0')
+            return;
         if (*p == '\r') {
             ++p;
             continue;
         }
-        const char* run = p;
-        while (p < end && *p != '\r')
-            ++p;
-        std::string converted = CEncoder::Utf8ToLocalCodePage(
-            reinterpret_cast<unsigned char*>(const_cast<char*>(run)), static_cast<int>(p - run),
-            reinterpret_cast<wchar_t*>(m_pScratch), kWideUnits, m_pScratch + kNarrowSize, kNarrowSize);
+        std::string converted = ToLocal(p, static_cast<size_t>(end - p));
         m_pDocument->AppendTextExcludingCR(element, converted.data(),
                                            static_cast<unsigned long>(converted.size()));
+        return;
     }
 }
 

@@ -5,7 +5,9 @@
 #ifndef QZXML_TREE_EXPATREADER_H
 #define QZXML_TREE_EXPATREADER_H
 
+#include <cstddef>
 #include <exception>
+#include <string>
 
 #include "foundation/InstanceMonitor.h"
 
@@ -51,6 +53,7 @@ private:
     void StartElement(const char* name, const char** atts);
     void StartNamespace(const char* prefix, const char* uri);
     void Text(const char* text, int length);
+    std::string ToLocal(const char* text, size_t length);
     // Keeps the exception of a handler and stops the parser; expat is never unwound.
     void Fail();
     void FreeParser();

@@ -2,7 +2,9 @@
 // operations through which the readers fill the tree.
 #include "tree/XmlDocument.h"
 
+#include <algorithm>
 #include <cerrno>
+#include <climits>
 #include <cstring>
 #include <cwchar>
 #include <memory>
@@ -39,6 +41,9 @@ const char kMsgReadFailed[] = "Failed to read the contents of the file [%s] Erro
 const char kMsgStreamEmpty[] = "XML Stream is empty!";
 const char kMsgStringEmpty[] = "XML String is empty!";
 const char kMsgNoOpenElement[] = "An element can only be added inside an open element";
+
+// Sizes
+const size_t kMaxAppend = static_cast<size_t>(INT_MAX);
 
 inline const char* OrEmpty(const char* text) {
     return text ? text : "";
@@ -86,9 +91,12 @@ CXmlDocument::~CXmlDocument() {
 }
 
 void CXmlDocument::Init() {
+    delete[] m_pBuffer;
     m_pBuffer = nullptr;
     m_bufferSize = 0;
+    delete m_pDocumentElement;
     m_pDocumentElement = nullptr;
+    m_openElements.clear();
     m_schemaType = m_pContext->GetSchemaType();
 }
 
@@ -279,8 +287,12 @@ void CXmlDocument::AppendTextExcludingCR(CXmlElement* element, const char* text,
     while (text < end) {
         const char* cr = static_cast<const char*>(std::memchr(text, '\r', static_cast<size_t>(end - text)));
         const char* runEnd = cr ? cr : end;
-        if (runEnd > text)
-            element->AppendText(text, static_cast<int>(runEnd - text));
+        // AppendText counts in int: a run beyond its range goes in several pieces.
+        while (runEnd > text) {
+            size_t piece = std::min(static_cast<size_t>(runEnd - text), kMaxAppend);
+            element->AppendText(text, static_cast<int>(piece));
+            text += piece;
+        }
         text = cr ? cr + 1 : end;
     }
 }

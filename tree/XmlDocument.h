@@ -57,7 +57,9 @@ public:
     CXmlDocument(const CXmlDocument&) = delete;
     CXmlDocument& operator=(const CXmlDocument&) = delete;
 
-    // Buffer, size and document element to zero, schema type from the context.
+    // Buffer, size and document element to zero, schema type from the context. Whatever was
+    // loaded is released first, so a call on a loaded document leaks nothing; the namespace map
+    // stays.
     void Init();
     // Destroys the tree, releases the buffer, clears the open-element stack and the namespace
     // map. The document can then be loaded again.
@@ -132,12 +134,12 @@ private:
     // Takes ownership of a new[] buffer of size bytes.
     void TakeBuffer(unsigned char* buffer, unsigned long size);
 
-    CXmlElement* m_pDocumentElement;
+    CXmlElement* m_pDocumentElement = nullptr;
     std::vector<CXmlElement*> m_openElements; // innermost last; not owning
     std::map<std::string, std::string> m_namespaceMap;
-    unsigned char* m_pBuffer;
-    unsigned long m_bufferSize;
-    SchemaType m_schemaType;
+    unsigned char* m_pBuffer = nullptr;
+    unsigned long m_bufferSize = 0;
+    SchemaType m_schemaType = SchemaTypeDefault;
     ElementCallback m_pElementCallback;
     const CSerializationContext* m_pContext;
 };

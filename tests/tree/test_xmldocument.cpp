@@ -12,6 +12,7 @@
 
 #include "foundation/Encoder.h"
 #include "foundation/Exceptions.h"
+#include "tree/ExpatReader.h"
 #include "tree/XmlDocument.h"
 
 using namespace QzXmlLib16;
@@ -574,4 +575,76 @@ TEST(CXmlDocumentBuild, ChildWithoutOpenElementIsRefused) {
     doc.EndElement();
     EXPECT_EQ("An element can only be added inside an open element",
               MessageOf([&] { doc.AddChildElement("", "late"); }));
+}
+
+// Init on a loaded document releases what it held (the sanitizer build sees any leak).
+TEST(CXmlDocumentBuild, InitReleasesTheLoadedTree) {
+    CXmlDocument doc;
+    doc.LoadXml("<a><b/></a>");
+    doc.Init();
+    EXPECT_EQ(nullptr, doc.GetDocumentElement());
+    EXPECT_EQ(nullptr, doc.GetBuffer());
+    EXPECT_EQ(0u, doc.GetBufferSize());
+    EXPECT_EQ(nullptr, doc.GetOpenElement());
+}
+
+// --- The reader's handlers, driven by hand as a parser would
+
+TEST(CExpatReaderHandlers, HandlersBuildTheTreeWithoutAParse) {
+    ASCIIOnly(true);
+    CXmlDocument doc;
+    CExpatReader reader(doc);
+    const char* atts[] = {"urn:p|k", "v\xC3\xA9", "plain", "1", nullptr};
+    CExpatReader::FnStartNamespace(&reader, nullptr, "urn:d");
+    CExpatReader::FnStartNamespace(&reader, "p", nullptr);
+    CExpatReader::FnStartElement(&reader, "urn:d|r\xC3\xA9", atts);
+    CExpatReader::FnText(&reader, "a\xC3\xA9\r", 4);
+    CExpatReader::FnText(&reader, "ignored", 0);
+    CExpatReader::FnStartCDATA(&reader);
+    CExpatReader::FnText(&reader, "<", 1);
+    CExpatReader::FnEndCDATA(&reader);
+    CExpatReader::FnStartElement(&reader, "c", nullptr);
+    // A NUL ends the text as it ends a conversion, before or after other characters.
+    CExpatReader::FnText(&reader, "x\0y", 3);
+    CExpatReader::FnText(&reader, "\xC3\xA9\0z", 4);
+    CExpatReader::FnEndElement(&reader, "c");
+    CExpatReader::FnEndNamespace(&reader, "p");
+    CExpatReader::FnEndElement(&reader, "urn:d|r\xC3\xA9");
+    ASCIIOnly(false);
+
+    CXmlElement* r = doc.GetDocumentElement();
+    ASSERT_NE(nullptr, r);
+    EXPECT_EQ("urn:d", r->GetNamespaceURI());
+    EXPECT_EQ("r\xC3\xA9", r->GetLocalName());
+    EXPECT_EQ("a\xC3\xA9<![CDATA[<]]>", r->GetText());
+    EXPECT_EQ("v\xC3\xA9", r->GetAttribute("k", "urn:p"));
+    EXPECT_EQ("1", r->GetAttribute("plain", ""));
+    EXPECT_EQ("c", r->GetFirstElement()->GetLocalName());
+    EXPECT_EQ("x\xC3\xA9", r->GetFirstElement()->GetText());
+    EXPECT_EQ("", r->GetFirstElement()->GetNamespaceURI());
+    // A null prefix is the default one, a null URI the empty one.
+    EXPECT_EQ("urn:d", doc.LookupNamespaceFromAlias(""));
+    EXPECT_EQ(1u, doc.GetNamespaceMap().count("p"));
+    EXPECT_EQ("", doc.LookupNamespaceFromAlias("p"));
+    EXPECT_EQ(nullptr, doc.GetOpenElement());
+}
+
+// Outside a parse there is no parser to stop, so a handler's failure reaches the caller.
+TEST(CExpatReaderHandlers, FailureOutsideAParseReachesTheCaller) {
+    CXmlDocument doc;
+    CExpatReader reader(doc);
+    CExpatReader::FnStartElement(&reader, "r", nullptr);
+    CExpatReader::FnEndElement(&reader, "r");
+    EXPECT_EQ("An element can only be added inside an open element",
+              MessageOf([&] { CExpatReader::FnStartElement(&reader, "late", nullptr); }));
+}
+
+TEST(CExpatReaderHandlers, ParseOfAnEmptyDocumentReportsNoElement) {
+    CXmlDocument doc;
+    CExpatReader reader(doc);
+    reader.CreateParser();
+    EXPECT_EQ("no element found at line 1", MessageOf([&] { reader.Parse(true); }));
+    // The reader can make a new parser after the failure.
+    reader.CreateParser();
+    EXPECT_THROW(reader.Parse(true), CQzException);
 }
