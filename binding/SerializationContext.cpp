@@ -164,6 +164,9 @@ SchemaType CSerializationContext::GetSchemaType() const {
 void CSerializationContext::SetSchemaType(SchemaType type) {
     m_schemaType = type;
 }
+void CSerializationContext::SetSchemaType(int type) {
+    m_schemaType = static_cast<SchemaType>(type);
+}
 
 bool CSerializationContext::GetNoOptionalAttributeDefaultOutput() const {
     return m_noOptionalAttributeDefaultOutput;

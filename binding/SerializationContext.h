@@ -18,8 +18,9 @@ class CFastInfosetContext;
 class CJsonContext;
 class CAttributeCol;
 
-// The form of the schema the documents follow.
-enum SchemaType {
+// The form of the schema the documents follow. The type is an int, so any number given to
+// SetSchemaType is kept as it is.
+enum SchemaType : int {
     SchemaTypeDefault = 0,     // namespaces are in force
     SchemaTypeReserved = 1,    // has no effect in the library
     SchemaTypeNoNamespaces = 2 // no namespace processing; elements and attributes match by local name
@@ -29,6 +30,13 @@ enum SchemaType {
 // sub-contexts have been made (see the copy constructor). No lock anywhere.
 class CSerializationContext {
 public:
+    // The schema forms are reachable through the class as well: CSerializationContext::
+    // SchemaTypeNoNamespaces is the same value as SchemaTypeNoNamespaces.
+    typedef QzXmlLib16::SchemaType SchemaType;
+    static constexpr SchemaType SchemaTypeDefault = QzXmlLib16::SchemaTypeDefault;
+    static constexpr SchemaType SchemaTypeReserved = QzXmlLib16::SchemaTypeReserved;
+    static constexpr SchemaType SchemaTypeNoNamespaces = QzXmlLib16::SchemaTypeNoNamespaces;
+
     // Defaults: write type attribute on, strip CDATA on, indent with one tab, every Ignore flag
     // off, schema type SchemaTypeDefault, all strings and lists empty.
     CSerializationContext();
@@ -85,8 +93,12 @@ public:
     bool GetIgnoreNamespaces() const;
     void SetIgnoreNamespaces(bool value);
 
+    // The schema form; SchemaTypeNoNamespaces (2) turns namespace processing off for the read
+    // and makes GetIgnoreNamespaces answer true. Other values are stored and have no effect.
     SchemaType GetSchemaType() const;
     void SetSchemaType(SchemaType type);
+    // The same, with the schema form given as its number.
+    void SetSchemaType(int type);
 
     bool GetNoOptionalAttributeDefaultOutput() const;
     void SetNoOptionalAttributeDefaultOutput(bool value);

@@ -6,8 +6,6 @@
 #ifndef QZXML_BINDING_SMARTPTR_H
 #define QZXML_BINDING_SMARTPTR_H
 
-#include <cstddef>
-
 namespace QzXmlLib16 {
 
 // Holds one reference on the object it points to. An object made with new starts with count 0
@@ -15,8 +13,8 @@ namespace QzXmlLib16 {
 template <class T> class CSmartPtr {
 public:
     CSmartPtr() : m_p(nullptr) {}
-    CSmartPtr(std::nullptr_t) : m_p(nullptr) {}
-    // Takes a new reference on p when p is not null.
+    // Takes a new reference on p when p is not null. A null pointer in any spelling (nullptr,
+    // NULL, 0) comes through here, as it would into a raw T*.
     CSmartPtr(T* p) : m_p(p) {
         if (m_p)
             m_p->AddRef();
@@ -60,7 +58,6 @@ public:
         }
         return *this;
     }
-    CSmartPtr& operator=(std::nullptr_t) { return *this = static_cast<T*>(nullptr); }
 
     // The raw pointer; borrowed, the smart pointer keeps its reference.
     T* Get() const { return m_p; }

@@ -20,6 +20,7 @@ const char kMsgChoiceSetNoBrackets[] =
     "The Property %s is already set. Only one element within this class bay be set at a time";
 const char kMsgChoiceSet[] =
     "The Property [%s] is already set. Only one element within this class bay be set at a time";
+const char kMsgNullElement[] = "The element to read from is NULL";
 const char kMsgNotAvailable[] = "%s is not available in this build";
 
 inline const char* OrEmpty(const char* text) {
@@ -129,6 +130,8 @@ void CXmlObjectBase::FromXmlStream(const CBinaryData& data, const CSerialization
 }
 
 void CXmlObjectBase::FromXmlElement(const CXmlElement* element, const CSerializationContext& context) {
+    if (element == nullptr)
+        throw CQzInvalidParamException(kMsgNullElement);
     CXmlElement* target = const_cast<CXmlElement*>(element);
     FromXml_Int(target, target->GetFirstElement(), context, false);
 }

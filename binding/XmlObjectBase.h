@@ -15,12 +15,12 @@
 #include "fastinfoset/FInfoDecl.h"
 #include "foundation/CriticalSection.h"
 #include "foundation/StreamTypes.h"
+#include "tree/XmlElement.h"
+#include "values/BinaryData.h"
 
 namespace QzXmlLib16 {
 
-class CBinaryData;
 class CElement;
-class CXmlElement;
 class CXmlObjectBase;
 class CXmlWriter;
 
@@ -146,7 +146,8 @@ public:
     virtual void
     FromJsonStream(const CBinaryData& data,
                    const CSerializationContext& context = CSerializationContext::m_defaultContext);
-    // Reads from an element of a tree that the caller keeps; no document is made.
+    // Reads from an element of a tree that the caller keeps; no document is made. Throws
+    // CQzInvalidParamException "The element to read from is NULL" for a null element.
     virtual void
     FromXmlElement(const CXmlElement* element,
                    const CSerializationContext& context = CSerializationContext::m_defaultContext);

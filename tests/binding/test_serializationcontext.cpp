@@ -86,12 +86,22 @@ TEST(CSerializationContextTest, IndentCharsAcceptOnlyBlanksAndTabs) {
     EXPECT_EQ("", context.GetIndentChars());
 }
 
+// Schema type 2 answers true without touching the flag: going back to another type answers
+// false again. The type is taken by name, through the class, and as a number.
 TEST(CSerializationContextTest, NoNamespaceSchemaImpliesIgnoreNamespaces) {
     CSerializationContext context;
     context.SetSchemaType(SchemaTypeNoNamespaces);
     EXPECT_TRUE(context.GetIgnoreNamespaces());
     context.SetSchemaType(SchemaTypeReserved);
     EXPECT_FALSE(context.GetIgnoreNamespaces());
+    context.SetSchemaType(2);
+    EXPECT_EQ(CSerializationContext::SchemaTypeNoNamespaces, context.GetSchemaType());
+    EXPECT_TRUE(context.GetIgnoreNamespaces());
+    context.SetSchemaType(7); // kept, but means nothing
+    EXPECT_EQ(7, context.GetSchemaType());
+    EXPECT_FALSE(context.GetIgnoreNamespaces());
+    context.SetSchemaType(CSerializationContext::SchemaTypeDefault);
+    EXPECT_EQ(SchemaTypeDefault, context.GetSchemaType());
     context.SetIgnoreNamespaces(true);
     EXPECT_TRUE(context.GetIgnoreNamespaces());
 }

@@ -6,6 +6,8 @@
 #include <cstdio>
 #include <string>
 #include <thread>
+#include <type_traits>
+#include <utility>
 #include <vector>
 
 #include "binding/SmartPtr.h"
@@ -18,7 +20,17 @@ using namespace QzXmlLib16;
 
 namespace {
 
-// A minimal subclass: records what the read entry point receives and counts destructions.
+// The message numbers and the width of the count are part of the interface.
+static_assert(IEventSink::MsgCollectionChange == 0 && IEventSink::MsgCollectionAdd == 1 &&
+                  IEventSink::MsgCollectionAddComplete == 2 && IEventSink::MsgCollectionRemove == 3 &&
+                  IEventSink::MsgCollectionRemoveComplete == 4,
+              "message numbers");
+static_assert(std::is_same<decltype(std::declval<CXmlObjectBase&>().AddRef()), int32_t>::value &&
+                  std::is_same<decltype(std::declval<CXmlObjectBase&>().Release()), int32_t>::value,
+              "32-bit counts");
+
+// A minimal subclass: records what the entry points receive and counts destructions. GetBase
+// answers m_base when one is set, as a class with several bases would.
 class CProbe : public CXmlObjectBase {
 public:
     explicit CProbe(int* destroyed = nullptr) : m_destroyed(destroyed) {}
@@ -26,7 +38,7 @@ public:
         if (m_destroyed)
             ++*m_destroyed;
     }
-    CXmlObjectBase* GetBase() override { return this; }
+    CXmlObjectBase* GetBase() override { return m_base ? m_base : this; }
     std::string GetTargetNamespace() const override { return "urn:probe"; }
     std::string GetNamespace() const override { return "urn:probe"; }
 
@@ -35,9 +47,18 @@ public:
     std::string m_text;
     const CSerializationContext* m_context = nullptr;
     int m_reads = 0;
+    CXmlObjectBase* m_base = nullptr;
+    mutable std::string m_writes;
 
 protected:
-    void ToXml_Int(CXmlWriter*, bool, const char*, const CSerializationContext&, bool) const override {}
+    void AttributesToXml_Int(CXmlWriter*, const CSerializationContext&) const override {
+        m_writes += "attributes;";
+    }
+    void ToXml_Int(CXmlWriter*, bool isRoot, const char* ns, const CSerializationContext&,
+                   bool inChoice) const override {
+        m_writes += std::string("element root=") + (isRoot ? "1" : "0") + " ns=" + ns +
+                    " choice=" + (inChoice ? "1" : "0") + ";";
+    }
     CXmlElement* FromXml_Int(CXmlElement* element, CXmlElement* firstChild,
                              const CSerializationContext& context, bool inChoice) override {
         EXPECT_FALSE(inChoice);
@@ -47,11 +68,30 @@ protected:
         m_firstChildName = firstChild ? firstChild->GetLocalName() : "";
         m_text = element->GetText();
         m_context = &context;
-        return nullptr;
+        return firstChild;
     }
 
 private:
     int* m_destroyed;
+};
+
+// Counts like an object but logs the order in which a smart pointer calls it.
+class CLogged {
+public:
+    CLogged(const char* name, std::string* log) : m_name(name), m_log(log) {}
+    int32_t AddRef() {
+        *m_log += std::string("+") + m_name;
+        return ++m_count;
+    }
+    int32_t Release() {
+        *m_log += std::string("-") + m_name;
+        return --m_count;
+    }
+
+private:
+    const char* m_name;
+    std::string* m_log;
+    int32_t m_count = 0;
 };
 
 template <class E, class F> std::string MessageOf(F call) {
@@ -128,6 +168,51 @@ TEST(CXmlObjectBaseRefCount, MovesAndNulls) {
     EXPECT_EQ(1, destroyed);
 }
 
+// Every assignment takes the new object before it releases the old one, the raw and the smart
+// forms alike; the move takes over without counting.
+TEST(CXmlObjectBaseRefCount, AssignmentTakesTheNewBeforeReleasingTheOld) {
+    std::string log;
+    CLogged a("a", &log), b("b", &log);
+    {
+        CSmartPtr<CLogged> p = &a;
+        CSmartPtr<CLogged> q = &b;
+        EXPECT_EQ("+a+b", log);
+        log.clear();
+        p = &b;
+        EXPECT_EQ("+b-a", log);
+        log.clear();
+        p = q;
+        EXPECT_EQ("+b-b", log);
+        log.clear();
+        p = std::move(q);
+        EXPECT_EQ("-b", log);
+        log.clear();
+        p = NULL;
+        EXPECT_EQ("-b", log);
+        log.clear();
+    }
+    EXPECT_EQ("", log); // both were null at the end
+}
+
+// A null pointer in each spelling a raw pointer takes: construction, assignment, comparison.
+TEST(CXmlObjectBaseRefCount, NullInEverySpelling) {
+    int destroyed = 0;
+    CSmartPtr<CProbe> a = NULL;
+    CSmartPtr<CProbe> b(0);
+    CSmartPtr<CProbe> c = nullptr;
+    EXPECT_TRUE(a == NULL && NULL == a && b == 0 && c == nullptr && !c);
+    c = new CProbe(&destroyed);
+    EXPECT_TRUE(c != NULL && c != 0 && c != nullptr);
+    CProbe* raw = c;
+    CXmlObjectBase* base = c;
+    EXPECT_EQ(raw, base);
+    c = 0;
+    EXPECT_EQ(1, destroyed);
+    c = new CProbe(&destroyed);
+    c = NULL;
+    EXPECT_EQ(2, destroyed);
+}
+
 TEST(CXmlObjectBaseRefCount, CountsSurviveConcurrentCopies) {
     int destroyed = 0;
     CSmartPtr<CProbe> shared = new CProbe(&destroyed);
@@ -181,6 +266,20 @@ TEST(CXmlObjectBaseHelpers, PropertyIsNull) {
     EXPECT_EQ("The Property [Customer] is mandatory, it may node be NULL",
               MessageOf<CQzInvalidParamException>(
                   [] { CXmlObjectBase::Throw_IfPropertyIsNull(nullptr, "Customer"); }));
+}
+
+// The name that counts is that of the GetBase() object, not of the pointer given.
+TEST(CXmlObjectBaseHelpers, ElementNameDiffersAsksTheBase) {
+    CSmartPtr<CProbe> inner = new CProbe();
+    inner->SetElementName("inner");
+    CSmartPtr<CProbe> outer = new CProbe();
+    outer->SetElementName("outer");
+    outer->m_base = inner;
+    EXPECT_NO_THROW(CXmlObjectBase::Throw_IfElementNameDiffers(outer, "inner"));
+    EXPECT_EQ("This property requires an element with the name outer the element being set has the element "
+              "name inner",
+              MessageOf<CQzInvalidParamException>(
+                  [&] { CXmlObjectBase::Throw_IfElementNameDiffers(outer, "outer"); }));
 }
 
 TEST(CXmlObjectBaseHelpers, ElementNameDiffers) {
@@ -253,6 +352,26 @@ TEST(CXmlObjectBaseChoice, CollectionChanged) {
     EXPECT_EQ("", current);
 }
 
+// --- Static forwarders
+
+TEST(CXmlObjectBaseForwarders, StaticFormsReachTheProtectedVirtuals) {
+    CSmartPtr<CProbe> probe = new CProbe();
+    CSerializationContext context;
+    CXmlObjectBase::AttributesToXml_Int(probe, nullptr, context);
+    CXmlObjectBase::ToXml_Int(probe, nullptr, true, "urn:x", context, true);
+    CXmlObjectBase::ToXml_Int(probe, nullptr, false, "", context, false);
+    EXPECT_EQ("attributes;element root=1 ns=urn:x choice=1;element root=0 ns= choice=0;", probe->m_writes);
+
+    // The read forwarder passes false as inChoice (checked in the probe) and hands back what the
+    // object left unread.
+    CXmlDocument doc;
+    doc.LoadXml("<r><c/><d/></r>");
+    CXmlElement* root = doc.GetDocumentElement();
+    EXPECT_EQ(root->GetFirstElement(),
+              CXmlObjectBase::FromXml_Int(probe, root, root->GetFirstElement(), context));
+    EXPECT_EQ(&context, probe->m_context);
+}
+
 // --- From* entry points
 
 TEST(CXmlObjectBaseRead, EveryXmlFormReachesFromXmlInt) {
@@ -300,6 +419,10 @@ TEST(CXmlObjectBaseRead, FromXmlElementReadsASubtree) {
     EXPECT_EQ("inner", probe->m_rootName);
     EXPECT_EQ("leaf", probe->m_firstChildName);
     EXPECT_EQ("x", probe->m_text);
+    EXPECT_EQ("The element to read from is NULL",
+              MessageOf<CQzInvalidParamException>(
+                  [&] { probe->FromXmlElement(static_cast<const CXmlElement*>(nullptr)); }));
+    EXPECT_EQ(1, probe->m_reads);
 }
 
 // Load failures pass through unchanged and the object is not called.
