@@ -46,6 +46,9 @@ public:
     static void FnStartNamespace(void* reader, const char* prefix, const char* uri);
     static void FnEndNamespace(void* reader, const char* prefix);
     static void FnText(void* reader, const char* text, int length);
+    // Note: a CDATA section keeps its markers: "<![CDATA[" and "]]>" go into the element's text
+    // around the content, for the text writer to recognise on output. These two handlers are
+    // set only when the context does not strip CDATA.
     static void FnStartCDATA(void* reader);
     static void FnEndCDATA(void* reader);
 

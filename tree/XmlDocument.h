@@ -75,13 +75,15 @@ public:
     // Loads a copy of size bytes. Throws "XML Stream is empty!" for size 0 (or null bytes) and
     // the parse errors.
     void LoadXmlStream(unsigned char* bytes, unsigned long size);
-    // Parses the bytes of the text as they are: the parser takes the encoding from a byte-order
-    // mark or the declaration, UTF-8 by default; never the local code page. Throws "XML String is
-    // empty!" for an empty or null text, and the parse errors.
+    // Parses the bytes of the text as they are. Throws "XML String is empty!" for an empty or
+    // null text, and the parse errors.
+    // Note: the parser takes the encoding from a byte-order mark or the declaration, UTF-8 by
+    // default; a narrow text is never taken to be in the local code page.
     void LoadXml(const char* text);
-    // Parses wide text as UTF-16 behind a 0xFF 0xFE mark.
+    // Parses wide text as UTF-16 behind a 0xFF 0xFE mark. Throws "XML String is empty!" for an
+    // empty or null text, and the parse errors.
     // Note: each character gives its low 16 bits only, without surrogate handling, so a
-    // character above U+FFFF arrives as another character. Throws "XML String is empty!" for an empty or null text, and the parse errors.
+    // character above U+FFFF arrives as another character.
     void LoadXml(const wchar_t* text);
 
     // The URI the document last bound to the prefix ("" for the default namespace); "" when the
