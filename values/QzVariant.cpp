@@ -210,14 +210,15 @@ void QzVariant::Clear() {
 QzVariant& QzVariant::operator=(const QzVariant& other) {
     // Clear first: assigning a variant to itself therefore leaves it unset.
     Clear();
-    const TypeEntry* entry = EntryOf(other.m_eType);
-    if (entry == nullptr)
-        throw CQzException("Unknown Type");
+    // A nil source has no value to copy, so its type is taken whatever the number.
     if (other.m_bIsNil) {
         m_eType = other.m_eType;
         m_bIsNil = true;
         return *this;
     }
+    const TypeEntry* entry = EntryOf(other.m_eType);
+    if (entry == nullptr)
+        throw CQzException("Unknown Type");
     // Copy first, then take the type, so a failed copy leaves the variant unset.
     Value copy;
     std::memset(copy.bytes, 0, sizeof(copy));

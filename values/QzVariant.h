@@ -31,8 +31,9 @@ public:
     virtual ~QzVariant();
 
     // Clear, then take the other's type, nil flag and a copy of its value (a new owned object,
-    // or one more reference on an object or collection). Throws CQzException "Unknown Type"
-    // for a stored type above 28.
+    // or one more reference on an object or collection). A nil source gives a nil variant of
+    // its type, whatever the number. Throws CQzException "Unknown Type" for a source that is
+    // not nil and holds a type above 28; the variant is then left unset.
     // Note: Clear comes first and there is no self-assignment guard, so a variant assigned to
     // itself loses its value and ends unset.
     QzVariant& operator=(const QzVariant& other);
@@ -60,7 +61,7 @@ public:
     // CConversions. The nil flag is not consulted: a nil scalar writes its zero value, a nil
     // owned value throws as its getter does. Throws CQzException "Invalid Type %d to convert
     // to string" for type 0 and types above 26.
-    std::string ToString(const char* format) const;
+    std::string ToString(const char* format = nullptr) const;
     // Reads `text` as item `type` under `rule` and stores it with the matching setter. Parser
     // failures pass through and leave the variant as it was. Throws CQzException "Invalid Type
     // %d to convert to string" for a type outside 1 to 26.
@@ -76,14 +77,21 @@ public:
     // Clear, then type 28 holding `collection`, with one more reference if it is not null.
     // Collections count their references through CXmlObjectBase, so the collection's class
     // must be complete where this is called (include its header).
+    // Any class derived from CXmlCollectionBase is taken as it is, and so is a smart pointer
+    // to one.
     template <class TCollection = CXmlCollectionBase> void SetXmlCollection(TCollection* collection) {
         SetCounted(ItemXmlCollection, static_cast<CXmlObjectBase*>(collection));
     }
+    template <class TCollection> void SetXmlCollection(const CSmartPtr<TCollection>& collection) {
+        SetXmlCollection(collection.Get());
+    }
     void SetXmlCollection(decltype(nullptr)) { SetCounted(ItemXmlCollection, nullptr); }
-    // A new reference on the held collection, null as with GetXmlObject; as above, the class
-    // must be complete where this is called. Throws as GetXmlObject.
+    // A new reference on the held collection (CSmartPtr<CXmlCollectionBase> unless another
+    // collection class is named), null as with GetXmlObject and also when the held object is
+    // not of that class; as above, the class must be complete where this is called. Throws as
+    // GetXmlObject.
     template <class TCollection = CXmlCollectionBase> CSmartPtr<TCollection> GetXmlCollection() const {
-        return CSmartPtr<TCollection>(static_cast<TCollection*>(GetCounted()));
+        return CSmartPtr<TCollection>(dynamic_cast<TCollection*>(GetCounted()));
     }
 
     // One setter and getter per primitive. Each setter clears the variant and stores a new

@@ -355,6 +355,31 @@ TEST(QzVariantCopyTest, CollectionsAreCountedThroughTheObjectBase) {
     EXPECT_EQ(nullptr, copy.GetXmlObject().Get());
 }
 
+// Generated code holds its collections in smart pointers and hands them over as they are; the
+// getter gives null rather than a wrong class.
+TEST(QzVariantCopyTest, CollectionsFromSmartPointersAndOfTheWrongClass) {
+    bool destroyed = false;
+    {
+        CSmartPtr<CountedCollection> owner = new CountedCollection(&destroyed);
+        QzVariant v;
+        v.SetXmlCollection(owner);
+        EXPECT_EQ(ItemXmlCollection, v.GetItemType());
+        EXPECT_EQ(2, owner->Count());
+        EXPECT_EQ(owner.Get(), v.GetXmlCollection<CountedCollection>().Get());
+        // The object getter reads a collection too.
+        EXPECT_EQ(owner.Get(), v.GetXmlObject().Get());
+
+        bool objectDestroyed = false;
+        v.SetXmlObject(new CountedObject(&objectDestroyed));
+        EXPECT_EQ(1, owner->Count());
+        EXPECT_EQ(nullptr, v.GetXmlCollection<CountedCollection>().Get());
+        v.SetInvalid();
+        EXPECT_TRUE(objectDestroyed);
+        EXPECT_FALSE(destroyed);
+    }
+    EXPECT_TRUE(destroyed);
+}
+
 // Objects and collections have no name and no text.
 TEST(QzVariantCopyTest, ObjectsHaveNoTypeNameOrText) {
     bool destroyed = false;
@@ -389,6 +414,16 @@ TEST(QzVariantCopyTest, StoredTypeBeyondTheTableIsUnknown) {
     QzVariant target;
     target.SetI4(3);
     EXPECT_EQ("Unknown Type", MessageOf<CQzException>([&] { target = raw; }));
+    EXPECT_FALSE(target.IsValid());
+    // A nil source has no value to copy, so even an unknown type is taken as it is.
+    raw.SetNil();
+    EXPECT_EQ(29, static_cast<int>(raw.GetItemType()));
+    target = raw;
+    EXPECT_TRUE(target.IsNil());
+    EXPECT_EQ(29, static_cast<int>(target.GetItemType()));
+    EXPECT_EQ("Invalid Type 29", MessageOf<CQzException>([&] { target.GetType(); }));
+    target.SetI4(1);
+    EXPECT_EQ("1", target.ToString());
     EXPECT_EQ("Invalid Type 29", MessageOf<CQzException>([&] { raw.GetType(); }));
     EXPECT_EQ("Invalid Type 29 to convert to string",
               MessageOf<CQzException>([&] { raw.ToString(nullptr); }));
