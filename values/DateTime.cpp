@@ -61,8 +61,15 @@ const char* const kMsgTimeValue = "Invalid time value [%ld]";
 const char* const kMsgDivZero = "GetQuotient: division by zero";
 const char* const kMsgQuotientOverflow = "GetQuotient: result out of range";
 
+// The name of a type tag, "" for a value outside the enumeration.
+const char* TypeName(int type) {
+    static const char* const kNames[9] = {"yearZero", "dateTime", "date",   "gYearMonth", "gYear",
+                                          "time",     "gDay",     "gMonth", "gMonthDay"};
+    return (type >= 0 && type <= 8) ? kNames[type] : "";
+}
+
 [[noreturn]] void ThrowState(const char* format, CDateTime::DTType type) {
-    throw CQzInvalidStateException(FormatString(format, CDateTime::GetTypeAsString(type)));
+    throw CQzInvalidStateException(FormatString(format, TypeName(type)));
 }
 
 // Which types carry which field
@@ -229,11 +236,8 @@ int Compare(const CDateTime& a, const CDateTime& b) {
 
 // --- construction ------------------------------------------------------------------
 
-const char* CDateTime::GetTypeAsString(DTType type) {
-    static const char* const kNames[9] = {"yearZero", "dateTime", "date",   "gYearMonth", "gYear",
-                                          "time",     "gDay",     "gMonth", "gMonthDay"};
-    const int t = static_cast<int>(type);
-    return (t >= 0 && t <= 8) ? kNames[t] : "";
+std::string CDateTime::GetTypeAsString(DTType type) {
+    return TypeName(type);
 }
 
 CDateTime::CDateTime() : CInstanceMonitor("CDateTime") {
@@ -315,7 +319,7 @@ CDateTime& CDateTime::operator=(const long& timeT) {
 }
 
 void CDateTime::Clear() {
-    m_type = dt_yearZero;
+    m_type = yearZero;
     m_year = 0;
     m_month = 0;
     m_day = 0;
@@ -448,7 +452,7 @@ void CDateTime::SetNanoSecond(unsigned short nano) {
 }
 
 int CDateTime::GetDayOfWeek() const {
-    if (m_type != dt_dateTime && m_type != dt_date)
+    if (m_type != dateTime && m_type != date)
         ThrowState(kMsgDayOfWeek, m_type);
     const time_t t = GetTime();
     struct tm local;
@@ -458,7 +462,7 @@ int CDateTime::GetDayOfWeek() const {
 }
 
 int CDateTime::GetDayOfYear() const {
-    if (m_type != dt_dateTime && m_type != dt_date)
+    if (m_type != dateTime && m_type != date)
         ThrowState(kMsgDayOfYear, m_type);
     // The setters store unchecked months; one outside the table is refused as Validate would.
     if (m_month < 1 || m_month > 12)
@@ -502,58 +506,58 @@ void CDateTime::SetUTC() {
 
 void CDateTime::SetDateTime(short year, unsigned char month, unsigned char day, unsigned char hour,
                             unsigned char minute, unsigned char second) {
-    SetDateTime(dt_dateTime, year, month, day, hour, minute, second, 0, 0, 0);
+    SetDateTime(dateTime, year, month, day, hour, minute, second, 0, 0, 0);
 }
 
 void CDateTime::SetDateTime(short year, unsigned char month, unsigned char day, unsigned char hour,
                             unsigned char minute, unsigned char second, unsigned short milli,
                             unsigned short micro, unsigned short nano) {
-    SetDateTime(dt_dateTime, year, month, day, hour, minute, second, milli, micro, nano);
+    SetDateTime(dateTime, year, month, day, hour, minute, second, milli, micro, nano);
 }
 
 void CDateTime::SetGYear(short year) {
-    SetDateTime(dt_gYear, year, 0, 0, 0, 0, 0, 0, 0, 0);
+    SetDateTime(gYear, year, 0, 0, 0, 0, 0, 0, 0, 0);
 }
 
 void CDateTime::SetGYearMonth(short year, unsigned char month) {
-    SetDateTime(dt_gYearMonth, year, month, 0, 0, 0, 0, 0, 0, 0);
+    SetDateTime(gYearMonth, year, month, 0, 0, 0, 0, 0, 0, 0);
 }
 
 void CDateTime::SetGMonth(unsigned char month) {
-    SetDateTime(dt_gMonth, 0, month, 0, 0, 0, 0, 0, 0, 0);
+    SetDateTime(gMonth, 0, month, 0, 0, 0, 0, 0, 0, 0);
 }
 
 void CDateTime::SetGMonthDay(unsigned char month, unsigned char day) {
-    SetDateTime(dt_gMonthDay, 0, month, day, 0, 0, 0, 0, 0, 0);
+    SetDateTime(gMonthDay, 0, month, day, 0, 0, 0, 0, 0, 0);
 }
 
 void CDateTime::SetGDay(unsigned char day) {
-    SetDateTime(dt_gDay, 0, 0, day, 0, 0, 0, 0, 0, 0);
+    SetDateTime(gDay, 0, 0, day, 0, 0, 0, 0, 0, 0);
 }
 
 void CDateTime::SetDate(short year, unsigned char month, unsigned char day) {
-    SetDateTime(dt_date, year, month, day, 0, 0, 0, 0, 0, 0);
+    SetDateTime(date, year, month, day, 0, 0, 0, 0, 0, 0);
 }
 
 void CDateTime::SetTime(unsigned char hour, unsigned char minute, unsigned char second) {
-    SetDateTime(dt_time, 0, 0, 0, hour, minute, second, 0, 0, 0);
+    SetDateTime(time, 0, 0, 0, hour, minute, second, 0, 0, 0);
 }
 
 void CDateTime::SetTime(unsigned char hour, unsigned char minute, unsigned char second, unsigned short milli,
                         unsigned short micro, unsigned short nano) {
-    SetDateTime(dt_time, 0, 0, 0, hour, minute, second, milli, micro, nano);
+    SetDateTime(time, 0, 0, 0, hour, minute, second, milli, micro, nano);
 }
 
 void CDateTime::SetFracTime(unsigned short milli, unsigned short micro, unsigned short nano) {
-    SetDateTime(dt_time, 0, 0, 0, 0, 0, 0, milli, micro, nano);
+    SetDateTime(time, 0, 0, 0, 0, 0, 0, milli, micro, nano);
 }
 
 void CDateTime::SetDateTime(DTType type, short year, unsigned char month, unsigned char day,
                             unsigned char hour, unsigned char minute, unsigned char second,
                             unsigned short milli, unsigned short micro, unsigned short nano) {
-    if (m_type != dt_yearZero && m_type != type)
+    if (m_type != yearZero && m_type != type)
         throw CQzInvalidStateException(
-            FormatString(kMsgRetype, GetTypeAsString(type), GetTypeAsString(m_type)));
+            FormatString(kMsgRetype, TypeName(type), TypeName(m_type)));
     Clear();
     m_type = type;
     m_year = year;
@@ -569,24 +573,24 @@ void CDateTime::SetDateTime(DTType type, short year, unsigned char month, unsign
 }
 
 bool CDateTime::CheckConversion(DTType from, DTType to) const {
-    if (from == to || to == dt_yearZero)
+    if (from == to || to == yearZero)
         return true;
     switch (from) {
-    case dt_yearZero:
-    case dt_gYear:
-    case dt_time:
-    case dt_gDay:
-    case dt_gMonth:
+    case yearZero:
+    case gYear:
+    case time:
+    case gDay:
+    case gMonth:
         return false;
-    case dt_dateTime:
+    case dateTime:
         return true;
-    case dt_date:
-        return to == dt_gYearMonth || to == dt_gYear || to == dt_gDay || to == dt_gMonth ||
-               to == dt_gMonthDay;
-    case dt_gYearMonth:
-        return to == dt_gYear || to == dt_gMonth;
-    case dt_gMonthDay:
-        return to == dt_gDay || to == dt_gMonth;
+    case date:
+        return to == gYearMonth || to == gYear || to == gDay || to == gMonth ||
+               to == gMonthDay;
+    case gYearMonth:
+        return to == gYear || to == gMonth;
+    case gMonthDay:
+        return to == gDay || to == gMonth;
     default:
         throw CQzInvalidValueException(FormatString(kMsgUnknownType, static_cast<int>(from)));
     }
@@ -595,7 +599,7 @@ bool CDateTime::CheckConversion(DTType from, DTType to) const {
 void CDateTime::SetDateTime(const CDateTime& src, DTType target) {
     if (!CheckConversion(src.m_type, target))
         throw CQzInvalidValueException(
-            FormatString(kMsgConvert, GetTypeAsString(target), GetTypeAsString(src.m_type)));
+            FormatString(kMsgConvert, TypeName(target), TypeName(src.m_type)));
     *this = src;
     m_type = target;
 }
@@ -604,8 +608,8 @@ void CDateTime::SetDateTime(const CDateTime& src, DTType target) {
 
 void CDateTime::Validate() const {
     const int t = m_type;
-    const char* name = GetTypeAsString(m_type);
-    if (t == dt_yearZero)
+    const char* name = TypeName(m_type);
+    if (t == yearZero)
         throw CQzInvalidValueException(kMsgYearZero);
 
     if (HasMonth(t)) {
@@ -623,14 +627,14 @@ void CDateTime::Validate() const {
         throw CQzInvalidValueException(FormatString(kMsgYearType, (int)m_year, name));
     }
 
-    if (t == dt_dateTime || t == dt_date) {
+    if (t == dateTime || t == date) {
         const int max = (m_month == 2 && !IsLeapYear(m_year)) ? 28 : g_monthMax[m_month - 1];
         if (m_day < 1 || m_day > max)
             throw CQzInvalidValueException(FormatString(kMsgDayInMonth, (int)m_day));
-    } else if (t == dt_gMonthDay) {
+    } else if (t == gMonthDay) {
         if (m_day < 1 || m_day > g_monthMax[m_month - 1])
             throw CQzInvalidValueException(FormatString(kMsgDayInMonthDay, (int)m_day));
-    } else if (t == dt_gDay) {
+    } else if (t == gDay) {
         if (m_day < 1 || m_day > 31)
             throw CQzInvalidValueException(FormatString(kMsgDay31, (int)m_day));
     } else if (m_day != 0) {
@@ -657,7 +661,7 @@ std::string CDateTime::ToString() const {
 std::string CDateTime::ToString(const char* format) const {
     const bool allZero = m_year == 0 && m_month == 0 && m_day == 0 && m_hour == 0 && m_minute == 0 &&
                          m_second == 0 && m_milliSecond == 0 && m_microSecond == 0 && m_nanoSecond == 0;
-    if (m_type == dt_yearZero || (m_type != dt_time && allZero))
+    if (m_type == yearZero || (m_type != time && allZero))
         return kMsgNotSet;
     if (format == nullptr || format[0] == '\0' || std::strcmp(format, "G") == 0)
         return std::string();
@@ -685,7 +689,7 @@ std::string CDateTime::ToString(const char* format) const {
         out = AppendFraction(out, m_milliSecond, m_microSecond, m_nanoSecond);
     };
     switch (m_type) {
-    case dt_dateTime:
+    case dateTime:
         year();
         *out++ = '-';
         two(m_month);
@@ -694,36 +698,36 @@ std::string CDateTime::ToString(const char* format) const {
         *out++ = 'T';
         clock();
         break;
-    case dt_date:
+    case date:
         year();
         *out++ = '-';
         two(m_month);
         *out++ = '-';
         two(m_day);
         break;
-    case dt_gYearMonth:
+    case gYearMonth:
         year();
         *out++ = '-';
         two(m_month);
         break;
-    case dt_gYear:
+    case gYear:
         year();
         break;
-    case dt_time:
+    case time:
         clock();
         break;
-    case dt_gDay:
+    case gDay:
         *out++ = '-';
         *out++ = '-';
         *out++ = '-';
         two(m_day);
         break;
-    case dt_gMonth:
+    case gMonth:
         *out++ = '-';
         *out++ = '-';
         two(m_month);
         break;
-    case dt_gMonthDay:
+    case gMonthDay:
         *out++ = '-';
         *out++ = '-';
         two(m_month);
@@ -750,13 +754,13 @@ std::string CDateTime::ToString(const char* format) const {
 
 time_t CDateTime::GetTime() const {
     const CDateTime n = GetNormalized();
-    if (n.m_type != dt_dateTime && n.m_type != dt_date)
-        throw CQzInvalidValueException(FormatString(kMsgGetTime, GetTypeAsString(n.m_type)));
+    if (n.m_type != dateTime && n.m_type != date)
+        throw CQzInvalidValueException(FormatString(kMsgGetTime, TypeName(n.m_type)));
     // The same value as mktime of the fields corrected by the local-to-UTC difference,
     // computed directly so it does not depend on the process's zone or on DST rules.
     const long long days = DaysFromCivil(n.m_year, n.m_month, n.m_day);
     long long seconds = days * 86400;
-    if (n.m_type == dt_dateTime)
+    if (n.m_type == dateTime)
         seconds += n.m_hour * 3600LL + n.m_minute * 60LL + n.m_second;
     return static_cast<time_t>(seconds);
 }

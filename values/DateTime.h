@@ -27,31 +27,43 @@ extern const unsigned short g_monthDayInYear[13];
 // offset (both flags), whose sign lives in the hour alone.
 class CDateTime : public CInstanceMonitor {
 public:
-    // The type tag; the numbers are part of the interface.
+    // The type tag; the numbers are part of the interface, and each name is the text that
+    // GetTypeAsString gives for it.
     enum DTType {
-        dt_yearZero = 0,   // not set
-        dt_dateTime = 1,   // year, month, day, hour, minute, second, fraction
-        dt_date = 2,       // year, month, day
-        dt_gYearMonth = 3, // year, month
-        dt_gYear = 4,      // year
-        dt_time = 5,       // hour, minute, second, fraction
-        dt_gDay = 6,       // day
-        dt_gMonth = 7,     // month
-        dt_gMonthDay = 8   // month, day
+        yearZero = 0,   // not set
+        dateTime = 1,   // year, month, day, hour, minute, second, fraction
+        date = 2,       // year, month, day
+        gYearMonth = 3, // year, month
+        gYear = 4,      // year
+        time = 5,       // hour, minute, second, fraction
+        gDay = 6,       // day
+        gMonth = 7,     // month
+        gMonthDay = 8,  // month, day
+
+        // Older spellings of the same tags, kept for callers written against them.
+        dt_yearZero = yearZero,
+        dt_dateTime = dateTime,
+        dt_date = date,
+        dt_gYearMonth = gYearMonth,
+        dt_gYear = gYear,
+        dt_time = time,
+        dt_gDay = gDay,
+        dt_gMonth = gMonth,
+        dt_gMonthDay = gMonthDay
     };
 
     // The XSD name of a type ("dateTime", "gMonthDay", "yearZero" for 0); "" for other values.
-    static const char* GetTypeAsString(DTType type);
-    const char* GetTypeAsString() const { return GetTypeAsString(m_type); }
+    static std::string GetTypeAsString(DTType type);
+    std::string GetTypeAsString() const { return GetTypeAsString(m_type); }
 
     // Type 0, every field zero.
     CDateTime();
     // Every field zero, with the given type.
-    explicit CDateTime(DTType type);
+    CDateTime(DTType type);
     // ParseXSDDateTime; throws CQzInvalidValueException on a bad text.
-    explicit CDateTime(const char* xsdDateTime);
+    CDateTime(const char* xsdDateTime);
     // The UTC fields of a time_t, as a dateTime without a zone; a value out of range gives type 0.
-    explicit CDateTime(const long& timeT);
+    CDateTime(const long& timeT);
     // A date; an invalid date gives a type 0 object (nothing is thrown).
     CDateTime(short year, unsigned char month, unsigned char day);
     // A dateTime; invalid fields give a type 0 object (nothing is thrown).
@@ -207,14 +219,16 @@ public:
     // Note: a stub kept on purpose: always a zero span, whatever the operands.
     CDateTimeSpan operator-(const CDateTime& other) const;
 
-protected:
-    // The date part of a lexical form (len characters at text); decides the type by length.
-    void SetXSDDate(const char* text, size_t len);
-    // The time part hh:mm:ss[.f][zone]; sets type 5.
-    void SetXSDTime(const char* text, size_t len);
-    // "Z...", "+hh:mm" or "-hh:mm"; anything not starting with Z, + or - is ignored.
-    void SetZone(const char* text, size_t len);
+    // The pieces of the parsers, public for callers that assemble a value themselves. None
+    // of them clears or validates. SetXSDDate takes any date-like form with its zone and
+    // decides the type by length; SetXSDTime takes hh:mm:ss[.f][zone] and sets type time;
+    // SetZone reads "Z...", "+hh:mm" or "-hh:mm" and ignores text that starts otherwise.
+    // Each throws CQzInvalidValueException on a bad text.
+    void SetXSDDate(const char* text);
+    void SetXSDTime(const char* text);
+    void SetZone(const char* text);
 
+    // The fields, in this order; the type tag says which of them are meaningful.
     DTType m_type;
     short m_year;
     unsigned char m_month;
@@ -229,6 +243,12 @@ protected:
     bool m_hasZone;
     short m_zoneHour;
     unsigned char m_zoneMinute;
+
+protected:
+    // The same pieces on len characters at text (no terminating zero needed).
+    void SetXSDDate(const char* text, size_t len);
+    void SetXSDTime(const char* text, size_t len);
+    void SetZone(const char* text, size_t len);
 };
 
 // Proleptic Gregorian with no year shift: -4 and 0 are leap years.

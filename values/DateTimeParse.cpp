@@ -53,10 +53,10 @@ void CDateTime::ParseXSDDateTime(const char* text) {
         throw CQzInvalidValueException(FormatString(kMsgDateTimeNoT, text));
     Clear();
     SetXSDDate(text, static_cast<size_t>(t - text));
-    if (m_type != dt_date)
+    if (m_type != date)
         throw CQzInvalidValueException(FormatString(kMsgDateTimeForm, text));
     SetXSDTime(t + 1, std::strlen(t + 1));
-    m_type = dt_dateTime;
+    m_type = dateTime;
     Validate();
 }
 
@@ -74,6 +74,19 @@ void CDateTime::ParseXSDTime(const char* text) {
         throw CQzInvalidValueException(kMsgTimeNull);
     SetXSDTime(text, std::strlen(text));
     Validate();
+}
+
+void CDateTime::SetXSDDate(const char* text) {
+    SetXSDDate(text, text == nullptr ? 0 : std::strlen(text));
+}
+
+void CDateTime::SetXSDTime(const char* text) {
+    SetXSDTime(text, text == nullptr ? 0 : std::strlen(text));
+}
+
+void CDateTime::SetZone(const char* text) {
+    if (text != nullptr)
+        SetZone(text, std::strlen(text));
 }
 
 // The date forms, told apart by the length of the core (the text in front of the zone):
@@ -102,26 +115,26 @@ void CDateTime::SetXSDDate(const char* text, size_t len) {
     }
 
     size_t start = 0;
-    DTType type = dt_yearZero;
+    DTType type = yearZero;
     int year = 0, month = 0, day = 0;
     bool ok = false;
     if (len >= 2 && text[0] == '-' && text[1] == '-') {
         switch (core) {
         case 4: // --MM
             ok = ReadTwo(text + 2, month);
-            type = dt_gMonth;
+            type = gMonth;
             break;
         case 5: // ---DD
             ok = text[2] == '-' && ReadTwo(text + 3, day);
-            type = dt_gDay;
+            type = gDay;
             break;
         case 6: // --MM-- (the last two characters are not looked at)
             ok = ReadTwo(text + 2, month);
-            type = dt_gMonth;
+            type = gMonth;
             break;
         case 7: // --MM-DD
             ok = ReadTwo(text + 2, month) && text[4] == '-' && ReadTwo(text + 5, day);
-            type = dt_gMonthDay;
+            type = gMonthDay;
             break;
         default:
             break;
@@ -141,7 +154,7 @@ void CDateTime::SetXSDDate(const char* text, size_t len) {
                 ok = p[4] == '-' && ReadTwo(p + 5, month);
             if (ok && core == 10)
                 ok = p[7] == '-' && ReadTwo(p + 8, day);
-            type = core == 4 ? dt_gYear : (core == 7 ? dt_gYearMonth : dt_date);
+            type = core == 4 ? gYear : (core == 7 ? gYearMonth : date);
             if (negative)
                 year = -year;
         }
@@ -192,7 +205,7 @@ void CDateTime::SetXSDTime(const char* text, size_t len) {
     }
     if (pos < len)
         SetZone(text + pos, len - pos);
-    m_type = dt_time;
+    m_type = time;
 }
 
 // "Z" (anything may follow), +hh:mm or -hh:mm; any other first character is ignored.

@@ -92,7 +92,7 @@ public:
     bool operator<(const CDateTimeSpan& other) const { return CompareTo(other) == 1; }
     bool operator>(const CDateTimeSpan& other) const { return CompareTo(other) == 2; }
 
-protected:
+    // The fields, in this order: unsigned counts as written and one sign for the whole.
     unsigned short m_years;
     uint32_t m_months;
     uint32_t m_days;

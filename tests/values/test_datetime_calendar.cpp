@@ -177,7 +177,7 @@ TEST(CDateTimeCalendarWideTest, AdditionMatchesDayCountOracle) {
                         static_cast<unsigned char>(ss), static_cast<unsigned short>(nano / 1000000),
                         static_cast<unsigned short>(nano / 1000 % 1000),
                         static_cast<unsigned short>(nano % 1000));
-        ASSERT_EQ(value.GetType(), CDateTime::dt_dateTime);
+        ASSERT_EQ(value.GetType(), CDateTime::dateTime);
         CDateTimeSpan span(static_cast<unsigned short>(spanYears), spanMonths, spanDays, spanHours,
                            spanMinutes, spanSeconds, static_cast<unsigned short>(spanNano / 1000000),
                            static_cast<unsigned short>(spanNano / 1000 % 1000),

@@ -92,27 +92,34 @@ TEST(CDateTimeAccessorTest, TypeTableAndMessages) {
 }
 
 TEST(CDateTimeAccessorTest, TypeNamesAndRealSecond) {
+    // Each tag's name is its text, and the numbers are fixed.
+    const CDateTime::DTType tags[] = {CDateTime::yearZero, CDateTime::dateTime, CDateTime::date,
+                                      CDateTime::gYearMonth, CDateTime::gYear, CDateTime::time,
+                                      CDateTime::gDay, CDateTime::gMonth, CDateTime::gMonthDay};
     const char* names[] = {"yearZero", "dateTime", "date",   "gYearMonth", "gYear",
                            "time",     "gDay",     "gMonth", "gMonthDay"};
-    for (int type = 0; type <= 8; ++type)
-        EXPECT_STREQ(CDateTime::GetTypeAsString((CDateTime::DTType)type), names[type]);
-    EXPECT_STREQ(CDateTime::GetTypeAsString((CDateTime::DTType)9), "");
-    EXPECT_STREQ(CDateTime::GetTypeAsString((CDateTime::DTType)-1), "");
-    EXPECT_STREQ(D("--05").GetTypeAsString(), "gMonth");
+    for (int type = 0; type <= 8; ++type) {
+        EXPECT_EQ(static_cast<int>(tags[type]), type);
+        EXPECT_EQ(CDateTime::GetTypeAsString(tags[type]), names[type]);
+        EXPECT_EQ(CDateTime(tags[type]).GetTypeAsString(), names[type]);
+    }
+    EXPECT_EQ(CDateTime::GetTypeAsString((CDateTime::DTType)9), "");
+    EXPECT_EQ(CDateTime::GetTypeAsString((CDateTime::DTType)-1), "");
+    EXPECT_EQ(D("--05").GetTypeAsString(), "gMonth");
     EXPECT_DOUBLE_EQ(T("10:20:30.123456789").GetRealSecond(), 30.123456789);
 }
 
 // The numeric constructors swallow invalid values and leave an unset object.
 TEST(CDateTimeConstructionTest, NumericConstructorsClearOnInvalidValues) {
     const CDateTime bad(2003, 2, 29);
-    EXPECT_EQ(bad.GetType(), CDateTime::dt_yearZero);
+    EXPECT_EQ(bad.GetType(), CDateTime::yearZero);
     EXPECT_EQ(bad.ToString(), "Error: Date Not Set");
     EXPECT_EQ(CDateTime(2004, 2, 29).ToString(), "2004-02-29");
-    EXPECT_EQ(CDateTime(2004, 2, 29, 24, 0, 0).GetType(), CDateTime::dt_yearZero);
+    EXPECT_EQ(CDateTime(2004, 2, 29, 24, 0, 0).GetType(), CDateTime::yearZero);
     EXPECT_EQ(CDateTime(2004, 2, 29, 23, 59, 59).ToString(), "2004-02-29T23:59:59");
     EXPECT_EQ(CDateTime(2004, 2, 29, 23, 59, 59, 1, 2, 3).ToString(), "2004-02-29T23:59:59.001002003");
-    EXPECT_EQ(CDateTime(2004, 2, 29, 23, 59, 59, 1000, 0, 0).GetType(), CDateTime::dt_yearZero);
-    EXPECT_EQ(CDateTime(0, 1, 1).GetType(), CDateTime::dt_yearZero);
+    EXPECT_EQ(CDateTime(2004, 2, 29, 23, 59, 59, 1000, 0, 0).GetType(), CDateTime::yearZero);
+    EXPECT_EQ(CDateTime(0, 1, 1).GetType(), CDateTime::yearZero);
     // The text constructor does not catch.
     EXPECT_THROW(CDateTime("2003-02-29T00:00:00"), CQzInvalidValueException);
 }
@@ -122,10 +129,10 @@ TEST(CDateTimeConstructionTest, FromTimeT) {
     EXPECT_EQ(CDateTime(-1L).ToString(), "1969-12-31T23:59:59");
     EXPECT_EQ(CDateTime(951782400L).ToString(), "2000-02-29T00:00:00");
     // 10000-01-01 and 10000 BC are outside the range: the constructor gives an unset value.
-    EXPECT_EQ(CDateTime(253402300800L).GetType(), CDateTime::dt_yearZero);
+    EXPECT_EQ(CDateTime(253402300800L).GetType(), CDateTime::yearZero);
     EXPECT_EQ(CDateTime(253402300799L).ToString(), "9999-12-31T23:59:59");
-    EXPECT_EQ(CDateTime(LONG_MAX).GetType(), CDateTime::dt_yearZero);
-    EXPECT_EQ(CDateTime(-400000000000L).GetType(), CDateTime::dt_yearZero);
+    EXPECT_EQ(CDateTime(LONG_MAX).GetType(), CDateTime::yearZero);
+    EXPECT_EQ(CDateTime(-400000000000L).GetType(), CDateTime::yearZero);
 
     CDateTime value;
     value = 86400L;
@@ -140,7 +147,7 @@ TEST(CDateTimeConstructionTest, FromTimeT) {
     const time_t before = std::time(nullptr);
     const CDateTime now = CDateTime::GetCurrentTime();
     const time_t after = std::time(nullptr);
-    EXPECT_EQ(now.GetType(), CDateTime::dt_dateTime);
+    EXPECT_EQ(now.GetType(), CDateTime::dateTime);
     EXPECT_FALSE(now.IsUTC());
     EXPECT_GE(now.GetTime(), before);
     EXPECT_LE(now.GetTime(), after);
@@ -161,9 +168,9 @@ TEST(CDateTimeSetterTest, RetypingIsRefusedUntilClear) {
     // An invalid value leaves the type and the stored fields, and raises.
     EXPECT_EQ(ThrownMessage<CQzInvalidValueException>([&] { value.SetDate(2001, 2, 29); }),
               "Invalid Day [29] (1 <= day <= days in month");
-    EXPECT_EQ(value.GetType(), CDateTime::dt_date);
+    EXPECT_EQ(value.GetType(), CDateTime::date);
     value.Clear();
-    EXPECT_EQ(value.GetType(), CDateTime::dt_yearZero);
+    EXPECT_EQ(value.GetType(), CDateTime::yearZero);
 
     struct Row {
         std::function<void(CDateTime&)> set;
@@ -205,9 +212,9 @@ TEST(CDateTimeConversionTest, CheckConversionTable) {
         }
     }
     EXPECT_TRUE(any.CheckConversion((CDateTime::DTType)9, (CDateTime::DTType)9));
-    EXPECT_TRUE(any.CheckConversion((CDateTime::DTType)9, CDateTime::dt_yearZero));
+    EXPECT_TRUE(any.CheckConversion((CDateTime::DTType)9, CDateTime::yearZero));
     EXPECT_EQ(ThrownMessage<CQzInvalidValueException>(
-                  [&] { any.CheckConversion((CDateTime::DTType)9, CDateTime::dt_date); }),
+                  [&] { any.CheckConversion((CDateTime::DTType)9, CDateTime::date); }),
               "Unknown date type 9.");
 }
 
@@ -215,18 +222,18 @@ TEST(CDateTimeConversionTest, SetFromAnotherTypeCopiesEveryField) {
     CDateTime target;
     EXPECT_EQ(
         ThrownMessage<CQzInvalidValueException>(
-            [&] { target.SetDateTime(T("10:00:00"), CDateTime::dt_date); }),
+            [&] { target.SetDateTime(T("10:00:00"), CDateTime::date); }),
         "Attempting to set a CDateTime of type date using an XmlDateTime of type time. The source CDateTime "
         "does not contian enough data to allow the conversion.");
     // dateTime to gYearMonth keeps the zone and, unseen, the rest.
-    target.SetDateTime(DT("2000-05-15T10:20:30+02:00"), CDateTime::dt_gYearMonth);
+    target.SetDateTime(DT("2000-05-15T10:20:30+02:00"), CDateTime::gYearMonth);
     EXPECT_EQ(target.ToString(), "2000-05+02:00");
     const RawDateTime raw(target);
     EXPECT_EQ(raw.Day(), 15);
     EXPECT_EQ(raw.Hour(), 10);
     // An already typed object is retyped by this routine (no retyping refusal here).
     CDateTime typed = D("1999-01-01");
-    typed.SetDateTime(D("--03-04"), CDateTime::dt_gDay);
+    typed.SetDateTime(D("--03-04"), CDateTime::gDay);
     EXPECT_EQ(typed.ToString(), "---04");
 }
 

@@ -25,27 +25,27 @@ struct FailRow {
 // Every date-like form, with the type chosen from the length and the text written back.
 TEST(CDateTimeParseTest, DateFormsPickTheirTypeAndWriteBack) {
     const FormRow rows[] = {
-        {"2004-02-29", CDateTime::dt_date, "2004-02-29"},
-        {"-0001-01-01", CDateTime::dt_date, "-0001-01-01"},
-        {"9999-12-31", CDateTime::dt_date, "9999-12-31"},
-        {"-9999-01-01", CDateTime::dt_date, "-9999-01-01"},
-        {"2000-05", CDateTime::dt_gYearMonth, "2000-05"},
-        {"-0044-03", CDateTime::dt_gYearMonth, "-0044-03"},
-        {"2000", CDateTime::dt_gYear, "2000"},
-        {"0001", CDateTime::dt_gYear, "0001"},
-        {"--05", CDateTime::dt_gMonth, "--05"},
-        {"--05--", CDateTime::dt_gMonth, "--05"}, // the older form is read, never written
-        {"--05xy", CDateTime::dt_gMonth, "--05"}, // its last two characters are not looked at
-        {"---15", CDateTime::dt_gDay, "---15"},
-        {"--02-29", CDateTime::dt_gMonthDay, "--02-29"},
-        {"2000-01-01Z", CDateTime::dt_date, "2000-01-01Z"},
-        {"2000-01-01+05:30", CDateTime::dt_date, "2000-01-01+05:30"},
-        {"2000-01-01-05:30", CDateTime::dt_date, "2000-01-01-05:30"},
-        {"-2000-01-01-05:30", CDateTime::dt_date, "-2000-01-01-05:30"},
-        {"2000Z", CDateTime::dt_gYear, "2000Z"},
-        {"--05-05:00", CDateTime::dt_gMonth, "--05-05:00"},
-        {"---31+01:00", CDateTime::dt_gDay, "---31+01:00"},
-        {"--12-31Z", CDateTime::dt_gMonthDay, "--12-31Z"},
+        {"2004-02-29", CDateTime::date, "2004-02-29"},
+        {"-0001-01-01", CDateTime::date, "-0001-01-01"},
+        {"9999-12-31", CDateTime::date, "9999-12-31"},
+        {"-9999-01-01", CDateTime::date, "-9999-01-01"},
+        {"2000-05", CDateTime::gYearMonth, "2000-05"},
+        {"-0044-03", CDateTime::gYearMonth, "-0044-03"},
+        {"2000", CDateTime::gYear, "2000"},
+        {"0001", CDateTime::gYear, "0001"},
+        {"--05", CDateTime::gMonth, "--05"},
+        {"--05--", CDateTime::gMonth, "--05"}, // the older form is read, never written
+        {"--05xy", CDateTime::gMonth, "--05"}, // its last two characters are not looked at
+        {"---15", CDateTime::gDay, "---15"},
+        {"--02-29", CDateTime::gMonthDay, "--02-29"},
+        {"2000-01-01Z", CDateTime::date, "2000-01-01Z"},
+        {"2000-01-01+05:30", CDateTime::date, "2000-01-01+05:30"},
+        {"2000-01-01-05:30", CDateTime::date, "2000-01-01-05:30"},
+        {"-2000-01-01-05:30", CDateTime::date, "-2000-01-01-05:30"},
+        {"2000Z", CDateTime::gYear, "2000Z"},
+        {"--05-05:00", CDateTime::gMonth, "--05-05:00"},
+        {"---31+01:00", CDateTime::gDay, "---31+01:00"},
+        {"--12-31Z", CDateTime::gMonthDay, "--12-31Z"},
     };
     for (const FormRow& row : rows) {
         SCOPED_TRACE(row.input);
@@ -59,22 +59,22 @@ TEST(CDateTimeParseTest, DateFormsPickTheirTypeAndWriteBack) {
 // behind the seconds that does not start a zone is dropped.
 TEST(CDateTimeParseTest, TimeFormsAndFractions) {
     const FormRow rows[] = {
-        {"00:00:00", CDateTime::dt_time, "00:00:00"},
-        {"23:59:59", CDateTime::dt_time, "23:59:59"},
-        {"12:00:00.123456789", CDateTime::dt_time, "12:00:00.123456789"},
-        {"12:00:00.120", CDateTime::dt_time, "12:00:00.12"},
-        {"12:00:00.000", CDateTime::dt_time, "12:00:00"},
-        {"12:00:00.", CDateTime::dt_time, "12:00:00"},
-        {"12:00:00.0000005", CDateTime::dt_time, "12:00:00.0000005"},
-        {"12:00:00.000100", CDateTime::dt_time, "12:00:00.0001"},
-        {"12:00:00abc", CDateTime::dt_time, "12:00:00"},
-        {"12:00:00Z", CDateTime::dt_time, "12:00:00Z"},
-        {"12:00:00Zjunk", CDateTime::dt_time, "12:00:00Z"},
-        {"12:00:00+14:30", CDateTime::dt_time, "12:00:00+14:30"},
-        {"12:00:00+23:59", CDateTime::dt_time, "12:00:00+23:59"},
-        {"12:00:00+24:00", CDateTime::dt_time, "12:00:00+00:00"},
-        {"12:00:00-24:00", CDateTime::dt_time, "12:00:00+00:00"},
-        {"12:00:00.5-05:00", CDateTime::dt_time, "12:00:00.5-05:00"},
+        {"00:00:00", CDateTime::time, "00:00:00"},
+        {"23:59:59", CDateTime::time, "23:59:59"},
+        {"12:00:00.123456789", CDateTime::time, "12:00:00.123456789"},
+        {"12:00:00.120", CDateTime::time, "12:00:00.12"},
+        {"12:00:00.000", CDateTime::time, "12:00:00"},
+        {"12:00:00.", CDateTime::time, "12:00:00"},
+        {"12:00:00.0000005", CDateTime::time, "12:00:00.0000005"},
+        {"12:00:00.000100", CDateTime::time, "12:00:00.0001"},
+        {"12:00:00abc", CDateTime::time, "12:00:00"},
+        {"12:00:00Z", CDateTime::time, "12:00:00Z"},
+        {"12:00:00Zjunk", CDateTime::time, "12:00:00Z"},
+        {"12:00:00+14:30", CDateTime::time, "12:00:00+14:30"},
+        {"12:00:00+23:59", CDateTime::time, "12:00:00+23:59"},
+        {"12:00:00+24:00", CDateTime::time, "12:00:00+00:00"},
+        {"12:00:00-24:00", CDateTime::time, "12:00:00+00:00"},
+        {"12:00:00.5-05:00", CDateTime::time, "12:00:00.5-05:00"},
     };
     for (const FormRow& row : rows) {
         SCOPED_TRACE(row.input);
@@ -91,12 +91,12 @@ TEST(CDateTimeParseTest, TimeFormsAndFractions) {
 // dateTime: the date part may carry the zone, so a zone may stand before the "T".
 TEST(CDateTimeParseTest, DateTimeForms) {
     const FormRow rows[] = {
-        {"2004-02-29T00:00:00", CDateTime::dt_dateTime, "2004-02-29T00:00:00"},
-        {"2000-01-01T12:34:56.789Z", CDateTime::dt_dateTime, "2000-01-01T12:34:56.789Z"},
-        {"-0500-06-15T01:02:03.000000001+01:30", CDateTime::dt_dateTime,
+        {"2004-02-29T00:00:00", CDateTime::dateTime, "2004-02-29T00:00:00"},
+        {"2000-01-01T12:34:56.789Z", CDateTime::dateTime, "2000-01-01T12:34:56.789Z"},
+        {"-0500-06-15T01:02:03.000000001+01:30", CDateTime::dateTime,
          "-0500-06-15T01:02:03.000000001+01:30"},
-        {"2000-01-01ZT12:00:00", CDateTime::dt_dateTime, "2000-01-01T12:00:00Z"},
-        {"2000-01-01+02:00T12:00:00", CDateTime::dt_dateTime, "2000-01-01T12:00:00+02:00"},
+        {"2000-01-01ZT12:00:00", CDateTime::dateTime, "2000-01-01T12:00:00Z"},
+        {"2000-01-01+02:00T12:00:00", CDateTime::dateTime, "2000-01-01T12:00:00+02:00"},
     };
     for (const FormRow& row : rows) {
         SCOPED_TRACE(row.input);
@@ -151,10 +151,10 @@ TEST(CDateTimeParseTest, ZoneStates) {
 TEST(CDateTimeParseTest, ParsersRetypeAndDropTheOldZone) {
     CDateTime value = DT("2000-01-01T00:00:00+05:00");
     value.ParseXSDTime("10:00:00");
-    EXPECT_EQ(value.GetType(), CDateTime::dt_time);
+    EXPECT_EQ(value.GetType(), CDateTime::time);
     EXPECT_FALSE(value.IsUTC());
     value.ParseXSDDate("--07");
-    EXPECT_EQ(value.GetType(), CDateTime::dt_gMonth);
+    EXPECT_EQ(value.GetType(), CDateTime::gMonth);
     EXPECT_EQ(value.GetMonth(), 7);
 }
 
@@ -256,15 +256,15 @@ TEST(CDateTimeValidateTest, FieldsATypeDoesNotUseMustBeZero) {
         const char* message;
     };
     const Row rows[] = {
-        {"2000-05-15", CDateTime::dt_gYear, "Invalid Month [5] for type gYear"},
-        {"2000-05-15", CDateTime::dt_gYearMonth, "Invalid Day [15] for type gYearMonth"},
-        {"2000-05-15", CDateTime::dt_gMonthDay, "Invalid Year [2000] for type gMonthDay"},
-        {"2000-05-15T12:00:00", CDateTime::dt_date, "Invalid Hour [12] for type date"},
-        {"2000-05-15T00:07:00", CDateTime::dt_date, "Invalid Minute [7] for type date"},
-        {"2000-05-15T00:00:05", CDateTime::dt_date, "Invalid Second [5] for type date"},
-        {"2000-05-15T00:00:00.005", CDateTime::dt_date, "Invalid Milli-Second [5] for type date"},
-        {"2000-05-15T00:00:00.000005", CDateTime::dt_date, "Invalid Micro-Second [5] for type date"},
-        {"2000-05-15T00:00:00.000000005", CDateTime::dt_date, "Invalid Nano-Second [5] for type date"},
+        {"2000-05-15", CDateTime::gYear, "Invalid Month [5] for type gYear"},
+        {"2000-05-15", CDateTime::gYearMonth, "Invalid Day [15] for type gYearMonth"},
+        {"2000-05-15", CDateTime::gMonthDay, "Invalid Year [2000] for type gMonthDay"},
+        {"2000-05-15T12:00:00", CDateTime::date, "Invalid Hour [12] for type date"},
+        {"2000-05-15T00:07:00", CDateTime::date, "Invalid Minute [7] for type date"},
+        {"2000-05-15T00:00:05", CDateTime::date, "Invalid Second [5] for type date"},
+        {"2000-05-15T00:00:00.005", CDateTime::date, "Invalid Milli-Second [5] for type date"},
+        {"2000-05-15T00:00:00.000005", CDateTime::date, "Invalid Micro-Second [5] for type date"},
+        {"2000-05-15T00:00:00.000000005", CDateTime::date, "Invalid Nano-Second [5] for type date"},
     };
     for (const Row& row : rows) {
         SCOPED_TRACE(row.message);
@@ -282,7 +282,7 @@ TEST(CDateTimeValidateTest, FieldsATypeDoesNotUseMustBeZero) {
 }
 
 TEST(CDateTimeValidateTest, TimeFieldRangesInOrder) {
-    CDateTime value(CDateTime::dt_time);
+    CDateTime value(CDateTime::time);
     value.SetMinute(60);
     value.SetHour(24);
     EXPECT_EQ(ThrownMessage<CQzInvalidValueException>([&] { value.Validate(); }),
@@ -311,7 +311,7 @@ TEST(CDateTimeValidateTest, TimeFieldRangesInOrder) {
     EXPECT_EQ(value.ToString(), "23:00:59.999999999");
 
     // The month is checked before the year.
-    CDateTime date(CDateTime::dt_date);
+    CDateTime date(CDateTime::date);
     date.SetMonth(13);
     EXPECT_EQ(ThrownMessage<CQzInvalidValueException>([&] { date.Validate(); }),
               "Invalid Month [13] (1 <= month <= 12)");
@@ -335,10 +335,10 @@ TEST(CDateTimeFormatTest, FormatWords) {
     // An unset value says so whatever the format.
     EXPECT_EQ(CDateTime().ToString(), "Error: Date Not Set");
     EXPECT_EQ(CDateTime().ToString("G"), "Error: Date Not Set");
-    EXPECT_EQ(CDateTime(CDateTime::dt_date).ToString(), "Error: Date Not Set");
-    EXPECT_EQ(CDateTime(CDateTime::dt_gDay).ToString(), "Error: Date Not Set");
+    EXPECT_EQ(CDateTime(CDateTime::date).ToString(), "Error: Date Not Set");
+    EXPECT_EQ(CDateTime(CDateTime::gDay).ToString(), "Error: Date Not Set");
     // Midnight is a real time.
-    EXPECT_EQ(CDateTime(CDateTime::dt_time).ToString(), "00:00:00");
+    EXPECT_EQ(CDateTime(CDateTime::time).ToString(), "00:00:00");
 }
 
 TEST(CDateTimeFormatTest, PadZeroTrimAndFraction) {
@@ -359,7 +359,7 @@ TEST(CDateTimeFormatTest, PadZeroTrimAndFraction) {
     // Out-of-range fields (possible through the setters) are written as they are, and
     // ToString writes the same text as ToFracString.
     EXPECT_EQ(ToFracString(1000, 0, 0), ".1");
-    CDateTime value(CDateTime::dt_time);
+    CDateTime value(CDateTime::time);
     value.SetMilliSecond(1000);
     value.SetNanoSecond(1230);
     EXPECT_EQ(value.ToString(), "00:00:00" + ToFracString(1000, 0, 1230));
