@@ -40,7 +40,8 @@ public:
     // Defaults: write type attribute on, strip CDATA on, indent with one tab, every Ignore flag
     // off, schema type SchemaTypeDefault, all strings and lists empty.
     CSerializationContext();
-    // Copies every setting by value.
+    // Copies every setting by value; the additional root attributes are shared, so what is added
+    // through either context shows in both.
     // Note: the Fast Infoset and JSON sub-context pointers are copied as plain pointers and each
     // context deletes what it holds, so copy a context before either sub-context has been made.
     CSerializationContext(const CSerializationContext& other);
