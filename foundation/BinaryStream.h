@@ -19,9 +19,9 @@ class CBinaryStream : public CInstanceMonitor {
 public:
     CBinaryStream();
     // Starts with the given bytes, shared with the caller's handle until either side writes.
-    explicit CBinaryStream(CBinaryData& data);
+    CBinaryStream(CBinaryData& data);
     // For subclasses: monitorName is the most derived class name.
-    explicit CBinaryStream(const char* monitorName);
+    CBinaryStream(const char* monitorName);
     CBinaryStream(const char* monitorName, CBinaryData& data);
     ~CBinaryStream() override;
 

@@ -23,7 +23,7 @@ class CTextStream : public CInstanceMonitor {
 public:
     // A stream for the to-string operations: encoding EncodingDefault.
     CTextStream();
-    explicit CTextStream(XmlEncoding encoding);
+    CTextStream(XmlEncoding encoding);
     // For subclasses: monitorName is the most derived class name.
     CTextStream(const char* monitorName, XmlEncoding encoding);
     ~CTextStream() override;

@@ -41,8 +41,11 @@ public:
         // "Failed to append. [RefCount=%d]" on a shared holder.
         void Append(unsigned char* pData, unsigned long nLength);
 
+        // Frees neither the buffer nor anything else: a holder made with new is ended by
+        // Release, which decides whether the buffer goes with it.
+        ~CDataHolder() = default;
+
     private:
-        ~CDataHolder() = default; // only Release destroys a holder
         CDataHolder(const CDataHolder&) = delete;
         CDataHolder& operator=(const CDataHolder&) = delete;
 
@@ -124,7 +127,8 @@ public:
     // returns its length. Throws as SetAsHexString; the length is checked before any character.
     static unsigned long ConvertToHexData(const char* szHex, unsigned char** ppOut);
 
-private:
+protected:
+    // The shared holder; null means no data.
     CDataHolder* m_pData;
 };
 

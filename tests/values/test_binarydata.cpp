@@ -170,6 +170,37 @@ TEST(CBinaryDataTest, GrowingAppendKeepsAllBytes) {
     EXPECT_EQ(expected, Text(d));
 }
 
+// A copied holder owns at least 8192 bytes, so appends up to that size stay in place; after
+// that it grows to twice the new length. An adopted buffer has no spare room at all.
+TEST(CBinaryDataTest, CapacityOfCopiedAndAdoptedHolders) {
+    CBinaryData small("abc");
+    unsigned char* const first = small.GetData();
+    small.Append(std::string(8189, 'x').c_str());
+    EXPECT_EQ(8192u, small.GetLength());
+    EXPECT_EQ(first, small.GetData());
+    small.Append('y');
+    EXPECT_NE(first, small.GetData());
+
+    // 5000 copied bytes get room for 10000; the 10001st byte moves them (to room for 20002).
+    std::string big(5000, 'b');
+    CBinaryData copied(reinterpret_cast<unsigned char*>(&big[0]), 5000, false);
+    unsigned char* const roomy = copied.GetData();
+    copied.Append(big);
+    EXPECT_EQ(roomy, copied.GetData());
+    copied.Append('z');
+    unsigned char* const grown = copied.GetData();
+    EXPECT_NE(roomy, grown);
+    copied.Append(std::string(9999, 'c'));
+    EXPECT_EQ(20000u, copied.GetLength());
+    EXPECT_EQ(grown, copied.GetData());
+
+    unsigned char* p = new unsigned char[2]{'x', 'y'};
+    CBinaryData adopted(p, 2, true);
+    adopted.Append('z');
+    EXPECT_NE(p, adopted.GetData()); // p was freed by the move
+    EXPECT_EQ("xyz", Text(adopted));
+}
+
 // ---------------------------------------------------------------------------------------------
 // Comparison and indexing
 
