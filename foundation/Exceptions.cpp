@@ -171,7 +171,11 @@ size_t MeasureAndRewrite(const char* format, va_list args, std::string& safeForm
             } else {
                 char* end = nullptr;
                 precision = std::strtol(p, &end, 10);
-                spec.append(p, static_cast<size_t>(end - p));
+                // The formatter gets the number as read ("%.-5d" as "%.0d"): a spelling it did
+                // not read as a precision would make it skip the argument that was measured.
+                if (precision < 0)
+                    precision = 0;
+                spec += std::to_string(precision);
                 p = end;
             }
         }
@@ -181,6 +185,7 @@ size_t MeasureAndRewrite(const char* format, va_list args, std::string& safeForm
             precision = precision > (1L << 30) ? 0 : precision;
         }
         SizeModifier size = SizeNone;
+        const std::string::size_type modifierAt = spec.size();
         if (p[0] == 'I' && p[1] == '6' && p[2] == '4') {
             size = SizeLongLong;
             spec += "ll";
@@ -208,10 +213,15 @@ size_t MeasureAndRewrite(const char* format, va_list args, std::string& safeForm
         }
         ++p;
         const size_t numeric = static_cast<size_t>(width + precision) > 32 ? static_cast<size_t>(width + precision) : 32;
+        // Characters and strings: "h" makes them narrow and "l" wide; without either, the
+        // capital letters "C" and "S" are the wide forms. The formatter gets "%c"/"%s" or
+        // "%lc"/"%ls", the only spellings it reads this way.
+        const bool narrowModifier = size == SizeShort || size == SizeChar;
+        const bool wideItem = size == SizeLong || ((conv == 'C' || conv == 'S') && !narrowModifier);
         switch (conv) {
         case 'c':
         case 'C': {
-            if (size == SizeLong || conv == 'C') {
+            if (wideItem) {
                 (void)va_arg(args, wint_t);
                 item += MB_LEN_MAX;
             } else {
@@ -220,13 +230,15 @@ size_t MeasureAndRewrite(const char* format, va_list args, std::string& safeForm
             }
             if (static_cast<size_t>(width) > item)
                 item = width;
-            spec += conv;
+            spec.resize(modifierAt);
+            spec += wideItem ? "lc" : "c";
             break;
         }
         case 's':
         case 'S': {
             size_t len;
-            if (size == SizeLong || conv == 'S') {
+            spec.resize(modifierAt);
+            if (wideItem) {
                 const wchar_t* ws = va_arg(args, const wchar_t*);
                 // A wide character may need several bytes in the local code page.
                 len = ws ? std::wcslen(ws) * MB_LEN_MAX : 6;
@@ -265,6 +277,8 @@ size_t MeasureAndRewrite(const char* format, va_list args, std::string& safeForm
             item += numeric;
             spec += conv;
             break;
+        // Note: "%E" steps over its double and is measured like "%e". A walk that left it
+        // unmeasured and unconsumed would size every later item from the wrong argument.
         case 'f': case 'F': case 'e': case 'E': case 'g': case 'G': case 'a': case 'A': {
             if (size == SizeLongDouble) {
                 long double v = va_arg(args, long double);

@@ -116,8 +116,11 @@ public:
 };
 
 // Formats like vsnprintf into a string of exactly the needed length.
-// Note: "%n" prints its int argument as a decimal number; nothing is ever stored
-// through an argument. "I64" is accepted as a 64-bit size modifier.
+// Note: the text is never cut: the measured length is checked against the
+// platform's own count, so "%E" and conversions the measure does not know come out
+// whole. "%n" prints its int argument as a decimal number; nothing is ever stored
+// through an argument. "I64" is accepted as a 64-bit size modifier; "%hs" and
+// "%hS" take a char*, "%S" and "%ls" a wchar_t*, "%C" and "%lc" a wide character.
 std::string FormatV(const char* format, va_list args);
 
 // printf-style formatting into a std::string; see FormatV.

@@ -5,6 +5,7 @@
 
 #include <cfloat>
 #include <cstdio>
+#include <cwchar>
 #include <memory>
 #include <string>
 
@@ -155,6 +156,25 @@ TEST(FormatString, PercentNPrintsTheNumberAndStoresNothing) {
 
 TEST(FormatString, SixtyFourBitModifierIsUnderstood) {
     EXPECT_EQ("12345678901", FormatString("%I64d", 12345678901LL));
+}
+
+// "h" makes a string or character narrow and "l" wide; the capital letters alone are wide.
+TEST(FormatString, NarrowAndWideStringModifiers) {
+    EXPECT_EQ("a|b|c|d|e", FormatString("%hs|%hS|%S|%ls|%s", "a", "b", L"c", L"d", "e"));
+    EXPECT_EQ("[xyz]", FormatString("[%hc%C%lc]", 'x', static_cast<wint_t>(L'y'), static_cast<wint_t>(L'z')));
+    EXPECT_EQ("  ab|  cd", FormatString("%4hS|%4S", "ab", L"cd"));
+}
+
+// The measure does not size "%E" (nor a negative precision); the text still comes out whole,
+// and the items behind it are read from the right arguments.
+TEST(FormatString, UnmeasuredConversionsAreNotCut) {
+    EXPECT_EQ("1.500000E+00 tail", FormatString("%E %s", 1.5, "tail"));
+    char expected[64];
+    std::snprintf(expected, sizeof expected, "%.3E|%d", -DBL_MAX, 7);
+    EXPECT_EQ(expected, FormatString("%.3E|%d", -DBL_MAX, 7));
+    // A precision the measure reads with a sign or blank reaches the formatter as that number.
+    EXPECT_EQ("3|x", FormatString("%.-5d|%s", 3, "x"));
+    EXPECT_EQ("007|y", FormatString("%.+3d|%s", 7, "y"));
 }
 
 } // namespace
