@@ -202,19 +202,20 @@ CBinaryData AdoptCopy(const void* bytes, unsigned long n) {
 
 // The restart from the text's start is kept in effect, but the search resumes where a new
 // occurrence could begin: nothing before position - (from length - 1) has changed, and it held
-// no occurrence.
+// no occurrence. Arguments that would replace for ever are refused once an occurrence is found
+// (an empty from is found in any text); a text without from is left as it is.
 template <class S> void FindReplaceImpl(S& text, const S& from, const S& to) {
+    typename S::size_type at = text.find(from);
+    if (at == S::npos)
+        return;
     if (from.empty())
         throw CQzInvalidParamException("FindReplace: the text to find is empty");
     if (to.find(from) != S::npos)
         throw CQzInvalidParamException("FindReplace: the replacement contains the text to find");
-    typename S::size_type start = 0;
-    for (;;) {
-        typename S::size_type at = text.find(from, start);
-        if (at == S::npos)
-            return;
+    while (at != S::npos) {
         text.replace(at, from.size(), to);
-        start = at >= from.size() - 1 ? at - (from.size() - 1) : 0;
+        const typename S::size_type start = at >= from.size() - 1 ? at - (from.size() - 1) : 0;
+        at = text.find(from, start);
     }
 }
 

@@ -65,8 +65,8 @@ char* strupr(char* text);
 
 // Replaces the first occurrence of from by to, searching again from the start, until there is
 // none: a replacement that forms a new occurrence is replaced too (removing "ab" from "aabb"
-// leaves ""). Throws CQzInvalidParamException for an empty from or a to that contains from,
-// which would never end.
+// leaves ""). A text without from is left unchanged. Throws CQzInvalidParamException when
+// from occurs and is empty or contained in to, since the replacing would never end.
 void FindReplace(std::string& text, const std::string& from, const std::string& to);
 void FindReplace(std::wstring& text, const std::wstring& from, const std::wstring& to);
 

@@ -345,8 +345,15 @@ TEST(FindReplaceTest, OccurrencesFormedByReplacementAreReplaced) {
     EXPECT_EQ("acc", text);
 }
 
-// Arguments that would make the loop endless are refused.
+// Arguments that would make the loop endless are refused, but only where the loop would start:
+// a text without the searched part is left alone, while an empty one is found in any text.
 TEST(FindReplaceTest, EndlessArgumentsThrow) {
+    std::string absent = "xyz";
+    FindReplace(absent, "a", "aa");
+    EXPECT_EQ("xyz", absent);
+    std::string empty;
+    EXPECT_THROW(FindReplace(empty, "", "x"), CQzInvalidParamException);
+
     std::string text = "abc";
     try {
         FindReplace(text, "", "x");
