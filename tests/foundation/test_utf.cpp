@@ -184,6 +184,36 @@ TEST(ConvertUTFTest, EmptySourceGivesZero) {
     EXPECT_FALSE(IsLegalUTF8Sequence(none, none));
 }
 
+// Buffers of char, wchar_t, char16_t and char32_t reach the same routines as the UTF typedefs,
+// and a nullptr target still counts.
+TEST(ConvertUTFTest, OtherUnitTypesOfTheSameWidth) {
+    const char text[] = "a\xC3\xA9\xF0\x9F\x98\x80";
+    const char* end = text + std::strlen(text);
+    EXPECT_EQ(3u, ConvertUTF8toUTF32(text, end, nullptr, nullptr));
+    wchar_t wide[3];
+    ASSERT_EQ(3u, ConvertUTF8toUTF32(text, end, wide, wide + 3));
+    EXPECT_EQ(std::wstring(L"a\u00E9\U0001F600"), std::wstring(wide, 3));
+
+    char16_t u16[4];
+    ASSERT_EQ(4u, ConvertUTF8toUTF16(text, end, u16, u16 + 4));
+    EXPECT_EQ(std::u16string(u"a\u00E9\U0001F600"), std::u16string(u16, 4));
+    char32_t u32[3];
+    ASSERT_EQ(3u, ConvertUTF16toUTF32(u16, u16 + 4, u32, u32 + 3));
+    EXPECT_EQ(std::u32string(U"a\u00E9\U0001F600"), std::u32string(u32, 3));
+    char back[8];
+    ASSERT_EQ(7u, ConvertUTF32toUTF8(u32, u32 + 3, back, back + 8));
+    EXPECT_EQ(std::string(text), std::string(back, 7));
+    EXPECT_EQ(0u, ConvertUTF8toUTF32(text, end - 1, nullptr, nullptr)); // cut sequence
+
+    EXPECT_TRUE(IsLegalUTF8("\xF4\x8F\xBF\xBF", 4));
+    EXPECT_FALSE(IsLegalUTF8("\xF4\x90\x80\x80", 4));
+    EXPECT_TRUE(IsLegalUTF8Sequence(text + 1, end));
+    const unsigned char* none = nullptr;
+    EXPECT_EQ(0u, UTF8ToUnicode(const_cast<unsigned char*>(none), 3, wide, 3));
+    EXPECT_EQ(3u, UTF8ToUnicode(text, 7, nullptr, 0));
+    EXPECT_TRUE(DoesUTF8StrContainAnyCharsLargerThanOneByte(text, 2));
+}
+
 // The wchar_t layer: byte lengths for UTF-16 buffers, which need not be aligned.
 TEST(UTFFunctionsTest, UTF16LayerOnMisalignedBytes) {
     const wchar_t text[] = L"A\u00E9\U0001F600";
