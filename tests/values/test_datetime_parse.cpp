@@ -147,6 +147,45 @@ TEST(CDateTimeParseTest, ZoneStates) {
     EXPECT_EQ(value.ToString(), "2000-01-01T00:00:00Z");
 }
 
+// The parser pieces on their own neither clear nor validate: ranges stay unchecked, fields
+// are stored before the clock range test, and fraction digits add to what the fields hold.
+TEST(CDateTimeParseTest, PiecesNeitherClearNorValidate) {
+    CDateTime date;
+    date.SetXSDDate("2003-02-29");
+    EXPECT_EQ(date.GetType(), CDateTime::date);
+    EXPECT_EQ(date.m_day, 29);
+    EXPECT_EQ(ThrownMessage<CQzInvalidValueException>([&] { date.Validate(); }),
+              "Invalid Day [29] (1 <= day <= days in month");
+    date.SetZone("+05:30");
+    EXPECT_EQ(date.ToString(), "2003-02-29+05:30");
+    date.SetZone("junk");
+    EXPECT_EQ(date.GetZoneHour(), 5);
+    date.SetZone("Zanything");
+    EXPECT_FALSE(date.HasTimeZone());
+    EXPECT_EQ(date.ToString(), "2003-02-29Z");
+    EXPECT_EQ(ThrownMessage<CQzInvalidValueException>([&] { date.SetZone("+5:30"); }),
+              "Invalid XSD Time Zone [+5:30].");
+
+    CDateTime time;
+    EXPECT_EQ(ThrownMessage<CQzInvalidValueException>([&] { time.SetXSDTime("25:61:00"); }),
+              "Invalid XSD Time [25:61:00] expected hh:mm:ss[.ff]");
+    EXPECT_EQ(time.m_hour, 25);
+    EXPECT_EQ(time.m_minute, 61);
+    time.Clear();
+    time.SetXSDTime("00:00:00.6");
+    time.SetXSDTime("00:00:00.6");
+    EXPECT_EQ(time.m_milliSecond, 1200);
+    EXPECT_EQ(ThrownMessage<CQzInvalidValueException>([&] { time.Validate(); }),
+              "Invalid Milli-Second [1200] (0 <= milli <= 999)");
+
+    EXPECT_EQ(ThrownMessage<CQzInvalidValueException>([&] { date.SetXSDDate(nullptr); }),
+              "Invalid Date (Null String)");
+    EXPECT_EQ(ThrownMessage<CQzInvalidValueException>([&] { time.SetXSDTime(nullptr); }),
+              "Invalid Time (Null String)");
+    EXPECT_EQ(ThrownMessage<CQzInvalidValueException>([&] { time.SetXSDTime(""); }),
+              "Invalid XSD Time (Empty String)");
+}
+
 // A parser clears first, so it retypes an object freely.
 TEST(CDateTimeParseTest, ParsersRetypeAndDropTheOldZone) {
     CDateTime value = DT("2000-01-01T00:00:00+05:00");
