@@ -57,7 +57,8 @@ public:
 };
 
 // A wide text (up to its NUL) in the local code page; "?" for characters the locale cannot
-// show. Does not look at ASCII_ONLY. Empty for null.
+// show. Empty for null. Note: unlike Utf8ToLocalCodePage it does not look at ASCII_ONLY, so
+// with the switch on it still gives local code page text, not UTF-8.
 std::string UnicodeToMultiByte(const wchar_t* text);
 
 // Upper-cases text in place, byte by byte with toupper in the current locale; returns text.
