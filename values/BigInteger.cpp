@@ -547,7 +547,8 @@ void CBigInteger::BuildDWORDLONG(unsigned long long value, DigitVector& out) {
 }
 
 void CBigInteger::BuildDouble(double value, DigitVector& out) {
-    if (std::isinf(value)) {
+    // +infinity would never reach zero by division; -infinity is simply below zero.
+    if (std::isinf(value) && value > 0) {
         ThrowInvalidValue(kMsgInfinity);
     }
     double y = std::ceil(value - 0.5);

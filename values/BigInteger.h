@@ -9,6 +9,7 @@
 
 #include <cstdint>
 #include <string>
+#include <type_traits>
 #include <vector>
 
 namespace QzXmlLib16 {
@@ -24,8 +25,8 @@ class CDecimal;
 // operator==, yet is less than it by operator<, since ordering looks at the signs
 // first. This asymmetry is kept on purpose.
 //
-// The integer constructors and conversions are implicit both ways, so an expression that
-// mixes a CBigInteger with a built-in number is ambiguous: write CBigInteger(0), not 0.
+// The integer constructors and conversions are implicit both ways; the operator templates
+// below the class take a built-in number on either side of an operator (big / 2, 0 == big).
 class CBigInteger {
 public:
     typedef std::vector<char> DigitVector;
@@ -122,7 +123,7 @@ public:
     static void Build(unsigned int value, DigitVector& out);
     static void BuildDWORDLONG(unsigned long long value, DigitVector& out);
     // Rounds half down, then takes the digits by repeated division of the double; a NaN
-    // leaves the vector empty, an infinity throws CQzInvalidValueException.
+    // or a negative value leaves the vector empty, +infinity throws CQzInvalidValueException.
     static void BuildDouble(double value, DigitVector& out);
     // The trailing run of digits of the text, then Clean.
     static void Build(const std::string& text, DigitVector& out);
@@ -157,7 +158,7 @@ public:
     static const CBigInteger& MAX_DOUBLE;   // 1.7E+308
     static const CBigInteger& MIN_DOUBLE;   // -1.7E+308
 
-protected:
+    // The sign, +1 or -1, and the magnitude, least significant digit first.
     int32_t m_nSign;
     DigitVector m_vDigits;
 
@@ -165,6 +166,41 @@ private:
     CBigInteger(int32_t sign, DigitVector digits);
     friend class CDecimal;
 };
+
+// --- a built-in number on either side of an operator ----------------------------------
+// Without these, big + 2 would be ambiguous between the member operator and the built-in
+// one reached through operator int. The number becomes a CBigInteger first, so results and
+// failures are those of the member operators. The class operand is deduced, so that no
+// other class (a CDecimal, say) reaches these through a conversion.
+template <typename B, typename T>
+using EnableIfBigIntegerMix =
+    typename std::enable_if<std::is_same<B, CBigInteger>::value && std::is_arithmetic<T>::value &&
+                                std::is_constructible<CBigInteger, T>::value,
+                            int>::type;
+
+#define QZXML_BIGINTEGER_MIXED_OPERATOR(op, result)                                                      \
+    template <typename B, typename T, EnableIfBigIntegerMix<B, T> = 0>                                  \
+    result operator op(const B& left, T right) {                                                         \
+        return left op CBigInteger(right);                                                               \
+    }                                                                                                    \
+    template <typename B, typename T, EnableIfBigIntegerMix<B, T> = 0>                                  \
+    result operator op(T left, const B& right) {                                                         \
+        return CBigInteger(left) op right;                                                               \
+    }
+
+QZXML_BIGINTEGER_MIXED_OPERATOR(+, CBigInteger)
+QZXML_BIGINTEGER_MIXED_OPERATOR(-, CBigInteger)
+QZXML_BIGINTEGER_MIXED_OPERATOR(*, CBigInteger)
+QZXML_BIGINTEGER_MIXED_OPERATOR(/, CBigInteger)
+QZXML_BIGINTEGER_MIXED_OPERATOR(%, CBigInteger)
+QZXML_BIGINTEGER_MIXED_OPERATOR(==, bool)
+QZXML_BIGINTEGER_MIXED_OPERATOR(!=, bool)
+QZXML_BIGINTEGER_MIXED_OPERATOR(<, bool)
+QZXML_BIGINTEGER_MIXED_OPERATOR(>, bool)
+QZXML_BIGINTEGER_MIXED_OPERATOR(<=, bool)
+QZXML_BIGINTEGER_MIXED_OPERATOR(>=, bool)
+
+#undef QZXML_BIGINTEGER_MIXED_OPERATOR
 
 // End of public API. Implementation details follow.
 

@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
+#include <utility>
 
 namespace QzXmlLib16 {
 
@@ -45,6 +46,16 @@ std::string PadWithZeros(const std::string& digits, int width) {
     }
     std::string zeros(target - digits.size(), '0');
     return width < 0 ? digits + zeros : zeros + digits;
+}
+
+// The longest text ToString gives: the formatting buffer holds 1024 characters.
+const size_t kMaxTextLength = 1023;
+
+std::string CutToBuffer(std::string text) {
+    if (text.size() > kMaxTextLength) {
+        text.resize(kMaxTextLength);
+    }
+    return text;
 }
 
 } // namespace
@@ -355,15 +366,16 @@ bool CDecimal::operator>=(const CDecimal& other) const {
 // --- text ----------------------------------------------------------------------------
 
 // integer ["." fraction zero-padded to the divider's width]; a whole number has no ".".
+// Both forms pass through the 1024-character formatting buffer and are cut to fit.
 std::string CDecimal::ToString() const {
     if (m_fraction == CBigInteger(0)) {
-        return m_integer.ToString();
+        return CutToBuffer(m_integer.ToString());
     }
     std::string text = m_integer.m_nSign == -1 ? "-" : "";
     text += m_integer.GetAbs().ToString();
     text += '.';
     text += PadWithZeros(m_fraction.GetAbs().ToString(), m_fractionalDivider);
-    return text;
+    return CutToBuffer(std::move(text));
 }
 
 // Adds 5 at place nDecimals + 1 (away from zero, by the sign of the integer part) and

@@ -10,6 +10,7 @@
 
 #include <cstdint>
 #include <string>
+#include <type_traits>
 
 namespace QzXmlLib16 {
 
@@ -23,7 +24,7 @@ namespace QzXmlLib16 {
 class CDecimal {
 public:
     // The largest number of places kept after parsing, multiplication or division.
-    static const int32_t m_maxDivider = 30;
+    static constexpr int32_t m_maxDivider = 30;
 
     // +0.
     CDecimal();
@@ -52,6 +53,7 @@ public:
     void Parse(const char* text);
 
     // The shortest text: "1.5", "-0.05", "12"; never an exponent nor a leading "+".
+    // Note: the text is cut after 1023 characters, as the formatting buffer holds 1024.
     std::string ToString() const;
     // Rounded half away from zero to nDecimals places, the "." always written ("12." for
     // 0 places). Note: a fraction that becomes shorter through rounding is not padded
@@ -120,13 +122,40 @@ public:
     // Raises the operand with fewer places to the other's; returns the common divider.
     static int Normalize(CDecimal& a, CDecimal& b);
 
-protected:
-    friend class CBigInteger;
-
+    // value = m_integer + m_fraction / 10^m_fractionalDivider; both parts carry the sign.
     CBigInteger m_integer;
     CBigInteger m_fraction;
     int32_t m_fractionalDivider;
 };
+
+// --- a built-in number in front of an operator -----------------------------------------
+// 2 * d and 1 == d read as CDecimal(2) * d and CDecimal(1) == d; the forms with the number
+// behind the operator reach the members through the implicit constructors. The class
+// operand is deduced, so that no other class reaches these through a conversion.
+template <typename D, typename T>
+using EnableIfDecimalMix =
+    typename std::enable_if<std::is_same<D, CDecimal>::value && std::is_arithmetic<T>::value &&
+                                std::is_constructible<CDecimal, T>::value,
+                            int>::type;
+
+#define QZXML_DECIMAL_MIXED_OPERATOR(op, result)                                                         \
+    template <typename D, typename T, EnableIfDecimalMix<D, T> = 0>                                     \
+    result operator op(T left, const D& right) {                                                         \
+        return CDecimal(left) op right;                                                                  \
+    }
+
+QZXML_DECIMAL_MIXED_OPERATOR(+, CDecimal)
+QZXML_DECIMAL_MIXED_OPERATOR(-, CDecimal)
+QZXML_DECIMAL_MIXED_OPERATOR(*, CDecimal)
+QZXML_DECIMAL_MIXED_OPERATOR(/, CDecimal)
+QZXML_DECIMAL_MIXED_OPERATOR(==, bool)
+QZXML_DECIMAL_MIXED_OPERATOR(!=, bool)
+QZXML_DECIMAL_MIXED_OPERATOR(<, bool)
+QZXML_DECIMAL_MIXED_OPERATOR(>, bool)
+QZXML_DECIMAL_MIXED_OPERATOR(<=, bool)
+QZXML_DECIMAL_MIXED_OPERATOR(>=, bool)
+
+#undef QZXML_DECIMAL_MIXED_OPERATOR
 
 } // namespace QzXmlLib16
 

@@ -228,6 +228,33 @@ TEST(CBigIntegerDivisionTest, OperatorsKeepTheirOwnRules) {
     EXPECT_EQ("0", Text(zero));
 }
 
+// A built-in number on either side is read as a CBigInteger first, so the division rules
+// and their texts are those of the class operators.
+TEST(CBigIntegerDivisionTest, BuiltInNumbersOnEitherSide) {
+    CBigInteger minusSeven(-7);
+    EXPECT_EQ("-3", Text(minusSeven / 2));
+    EXPECT_EQ("-1", Text(minusSeven % 2));
+    EXPECT_EQ("-3", Text(7 / CBigInteger(-2)));
+    EXPECT_EQ("ERROR: Overflow in operator%.", InvalidValueMessage([] { CBigInteger(7) % -2; }));
+    EXPECT_EQ("ERROR: Overflow in operator/.", InvalidValueMessage([] { CBigInteger(5) / 0; }));
+    EXPECT_EQ("-4", Text(minusSeven + 3));
+    EXPECT_EQ("10", Text(3 - minusSeven));
+    EXPECT_EQ("-14", Text(2LL * minusSeven));
+    EXPECT_EQ("4294967296", Text(CBigInteger(1) * 4294967296ULL));
+    // The two zeros stay equal, and negative zero stays below zero, with a plain 0 too.
+    CBigInteger negativeZero("-0");
+    EXPECT_TRUE(negativeZero == 0);
+    EXPECT_TRUE(0 == negativeZero);
+    EXPECT_TRUE(negativeZero < 0);
+    EXPECT_FALSE(0 <= negativeZero);
+    EXPECT_TRUE(minusSeven != -6);
+    EXPECT_TRUE(minusSeven >= -7L);
+    EXPECT_TRUE(-8 < minusSeven);
+    // A double is rounded first, halves down: 2.5 is 2.
+    EXPECT_FALSE(2.5 > CBigInteger(2));
+    EXPECT_TRUE(2.5 == CBigInteger(2));
+}
+
 // A zero divisor ends with the operator's own text instead of a never-ending loop.
 TEST(CBigIntegerDivisionTest, ZeroDivisorThrowsForEveryOperator) {
     CBigInteger x(7);
@@ -362,6 +389,8 @@ TEST(CBigIntegerDigitsTest, BuildAndClean) {
     CBigInteger::BuildDouble(std::nan(""), v);
     EXPECT_TRUE(v.empty());
     CBigInteger::BuildDouble(-3.0, v);
+    EXPECT_TRUE(v.empty());
+    CBigInteger::BuildDouble(-std::numeric_limits<double>::infinity(), v);
     EXPECT_TRUE(v.empty());
     CBigInteger::DigitVector zeros = Digits({0, 0, 0});
     CBigInteger::Clean(zeros);

@@ -40,8 +40,9 @@ std::string Text(const char* text) {
 
 TEST(CDecimalParseTest, ShortestTextAfterRationalising) {
     CDecimal value("1.50");
-    EXPECT_EQ("5", value.GetFraction().ToString());
-    EXPECT_EQ(1, value.GetFractionalDivider());
+    EXPECT_EQ("1", value.m_integer.ToString());
+    EXPECT_EQ("5", value.m_fraction.ToString());
+    EXPECT_EQ(1, value.m_fractionalDivider);
     EXPECT_EQ("1.5", value.ToString());
     CDecimal keepsZero("1.05");
     EXPECT_EQ("5", keepsZero.GetFraction().ToString());
@@ -110,8 +111,10 @@ TEST(CDecimalParseTest, FailedParseKeepsThePreviousValue) {
 // Collectors grow with the text: long digit runs are read in full.
 TEST(CDecimalParseTest, LongDigitRunsAreReadInFull) {
     std::string integer(2000, '7');
-    EXPECT_EQ(integer, Text(integer.c_str()));
-    EXPECT_EQ(integer + ".5", Text((integer + ".5").c_str()));
+    EXPECT_EQ(integer, CDecimal(integer.c_str()).m_integer.ToString());
+    CDecimal withFraction((integer + ".5").c_str());
+    EXPECT_EQ(integer, withFraction.m_integer.ToString());
+    EXPECT_EQ("5", withFraction.m_fraction.ToString());
     std::string exponent = "1E" + std::string(40, '0') + "3";
     EXPECT_EQ("1000", Text(exponent.c_str()));
 }
@@ -300,6 +303,26 @@ TEST(CDecimalArithmeticTest, NegationFlipsBothParts) {
     EXPECT_EQ("-3.05", x.ToString());
 }
 
+// A built-in number may stand on either side; it is read as a CDecimal first.
+TEST(CDecimalArithmeticTest, BuiltInNumbersOnEitherSide) {
+    CDecimal half("0.5");
+    EXPECT_EQ("1.5", (half + 1).ToString());
+    EXPECT_EQ("1.5", (1 + half).ToString());
+    EXPECT_EQ("-0.5", (0 - half).ToString());
+    EXPECT_EQ("1", (2 * half).ToString());
+    EXPECT_EQ("4", (2 / half).ToString());
+    EXPECT_EQ("0.75", (1.5 * half).ToString());
+    EXPECT_TRUE(half == 0.5);
+    EXPECT_TRUE(0.5 == half);
+    EXPECT_TRUE(1 > half);
+    EXPECT_TRUE(0 < half);
+    EXPECT_TRUE(1LL >= half);
+    EXPECT_FALSE(1 <= half);
+    EXPECT_TRUE(1 != half);
+    EXPECT_EQ("ERROR: Overflow in operator/.", MessageOf<CQzInvalidValueException>([&] { half / 0; }));
+    EXPECT_EQ(30, CDecimal::m_maxDivider);
+}
+
 // --- comparison ----------------------------------------------------------------------
 
 TEST(CDecimalCompareTest, OrderAcrossScalesAndSigns) {
@@ -331,9 +354,20 @@ TEST(CDecimalToStringTest, ZeroPaddedFraction) {
     EXPECT_EQ("7", CDecimal(CBigInteger(7), CBigInteger(0), 3).ToString());
     // The sign comes from the integer part only.
     EXPECT_EQ("1.5", CDecimal(CBigInteger(1), CBigInteger(-5), 1).ToString());
-    // Long values are printed whole.
-    std::string longText = std::string(3000, '9') + "." + std::string(29, '0') + "1";
-    EXPECT_EQ(longText, Text(longText.c_str()));
+}
+
+// The formatting buffer holds 1024 characters: longer texts keep their first 1023.
+TEST(CDecimalToStringTest, LongTextsAreCutTo1023Characters) {
+    std::string digits;
+    for (int i = 0; i < 1100; ++i) {
+        digits.push_back(static_cast<char>('1' + i % 9));
+    }
+    EXPECT_EQ(digits.substr(0, 1023), Text(digits.c_str()));
+    EXPECT_EQ("-" + digits.substr(0, 1022), Text(("-" + digits + ".25").c_str()));
+    std::string fits = std::string(1021, '9') + ".5";
+    EXPECT_EQ(fits, Text(fits.c_str()));
+    // The value itself is whole; only its text is cut.
+    EXPECT_EQ(digits, CDecimal(digits.c_str()).ToBigInteger().ToString());
 }
 
 TEST(CDecimalToStringTest, FixedPlacesRoundHalfAwayFromZero) {
