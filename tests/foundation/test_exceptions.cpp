@@ -1,13 +1,21 @@
-// Exception family: message composition, chains, copying, cloning and the formatter.
+// Exception family: message composition, chains, copying, cloning and the formatter; the two
+// global helpers beside it, CInstanceMonitor and CQZCriticalSection.
 #include "foundation/Exceptions.h"
+
+#include "foundation/CriticalSection.h"
+#include "foundation/InstanceMonitor.h"
 
 #include <gtest/gtest.h>
 
 #include <cfloat>
 #include <cstdio>
+#include <chrono>
 #include <cwchar>
+#include <functional>
+#include <future>
 #include <memory>
 #include <string>
+#include <thread>
 
 using namespace QzXmlLib16;
 
@@ -175,6 +183,64 @@ TEST(FormatString, UnmeasuredConversionsAreNotCut) {
     // A precision the measure reads with a sign or blank reaches the formatter as that number.
     EXPECT_EQ("3|x", FormatString("%.-5d|%s", 3, "x"));
     EXPECT_EQ("007|y", FormatString("%.+3d|%s", 7, "y"));
+}
+
+// The monitor drops its name, also a null one; deleting through the base runs the derived
+// destructor.
+TEST(InstanceMonitor, NameIsIgnoredAndDestructorIsVirtual) {
+    struct Counted : CInstanceMonitor {
+        explicit Counted(int& alive) : CInstanceMonitor(nullptr), m_alive(alive) { ++m_alive; }
+        ~Counted() override { --m_alive; }
+        int& m_alive;
+    };
+    int alive = 0;
+    CInstanceMonitor* object = new Counted(alive);
+    EXPECT_EQ(1, alive);
+    delete object;
+    EXPECT_EQ(0, alive);
+    CInstanceMonitor named("CSomething");
+    (void)named;
+}
+
+// Runs job on its own thread and reports whether it finished within a few seconds; a job that
+// blocks for ever is left behind rather than hanging the test program.
+bool FinishesSoon(std::function<void()> job) {
+    auto done = std::make_shared<std::promise<void>>();
+    std::future<void> finished = done->get_future();
+    std::thread([job, done] {
+        job();
+        done->set_value();
+    }).detach();
+    return finished.wait_for(std::chrono::seconds(5)) == std::future_status::ready;
+}
+
+// Each lock has its own mutex: holding one does not block another, also not a copy of the held
+// one, and a held lock does block a second thread until it is left.
+TEST(CriticalSection, EachObjectHasItsOwnMutex) {
+    static CQZCriticalSection first;
+    static CQZCriticalSection second;
+    first.Enter();
+    EXPECT_TRUE(FinishesSoon([] {
+        second.Enter();
+        second.Leave();
+    }));
+    static CQZCriticalSection copy(first);
+    EXPECT_TRUE(FinishesSoon([] {
+        copy.Enter();
+        copy.Leave();
+    }));
+
+    std::promise<void> entered;
+    std::future<void> enteredFuture = entered.get_future();
+    std::thread waiter([&entered] {
+        first.Enter();
+        entered.set_value();
+        first.Leave();
+    });
+    EXPECT_EQ(std::future_status::timeout, enteredFuture.wait_for(std::chrono::milliseconds(50)));
+    first.Leave();
+    waiter.join();
+    EXPECT_EQ(std::future_status::ready, enteredFuture.wait_for(std::chrono::seconds(0)));
 }
 
 } // namespace
