@@ -556,8 +556,7 @@ void CDateTime::SetDateTime(DTType type, short year, unsigned char month, unsign
                             unsigned char hour, unsigned char minute, unsigned char second,
                             unsigned short milli, unsigned short micro, unsigned short nano) {
     if (m_type != yearZero && m_type != type)
-        throw CQzInvalidStateException(
-            FormatString(kMsgRetype, TypeName(type), TypeName(m_type)));
+        throw CQzInvalidStateException(FormatString(kMsgRetype, TypeName(type), TypeName(m_type)));
     Clear();
     m_type = type;
     m_year = year;
@@ -585,8 +584,7 @@ bool CDateTime::CheckConversion(DTType from, DTType to) const {
     case dateTime:
         return true;
     case date:
-        return to == gYearMonth || to == gYear || to == gDay || to == gMonth ||
-               to == gMonthDay;
+        return to == gYearMonth || to == gYear || to == gDay || to == gMonth || to == gMonthDay;
     case gYearMonth:
         return to == gYear || to == gMonth;
     case gMonthDay:
@@ -598,8 +596,7 @@ bool CDateTime::CheckConversion(DTType from, DTType to) const {
 
 void CDateTime::SetDateTime(const CDateTime& src, DTType target) {
     if (!CheckConversion(src.m_type, target))
-        throw CQzInvalidValueException(
-            FormatString(kMsgConvert, TypeName(target), TypeName(src.m_type)));
+        throw CQzInvalidValueException(FormatString(kMsgConvert, TypeName(target), TypeName(src.m_type)));
     *this = src;
     m_type = target;
 }

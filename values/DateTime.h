@@ -40,7 +40,8 @@ public:
         gMonth = 7,     // month
         gMonthDay = 8,  // month, day
 
-        // Older spellings of the same tags, kept for callers written against them.
+        // The same tags with the dt_ prefix, the spelling that the date collections' messages
+        // use ("must be of type dt_date"); both spellings are part of the interface.
         dt_yearZero = yearZero,
         dt_dateTime = dateTime,
         dt_date = date,

@@ -93,13 +93,19 @@ TEST(CDateTimeAccessorTest, TypeTableAndMessages) {
 
 TEST(CDateTimeAccessorTest, TypeNamesAndRealSecond) {
     // Each tag's name is its text, and the numbers are fixed.
-    const CDateTime::DTType tags[] = {CDateTime::yearZero, CDateTime::dateTime, CDateTime::date,
-                                      CDateTime::gYearMonth, CDateTime::gYear, CDateTime::time,
-                                      CDateTime::gDay, CDateTime::gMonth, CDateTime::gMonthDay};
+    const CDateTime::DTType tags[] = {CDateTime::yearZero,   CDateTime::dateTime, CDateTime::date,
+                                      CDateTime::gYearMonth, CDateTime::gYear,    CDateTime::time,
+                                      CDateTime::gDay,       CDateTime::gMonth,   CDateTime::gMonthDay};
     const char* names[] = {"yearZero", "dateTime", "date",   "gYearMonth", "gYear",
                            "time",     "gDay",     "gMonth", "gMonthDay"};
+    // The dt_ spellings name the same tags.
+    const CDateTime::DTType prefixed[] = {
+        CDateTime::dt_yearZero,   CDateTime::dt_dateTime, CDateTime::dt_date,
+        CDateTime::dt_gYearMonth, CDateTime::dt_gYear,    CDateTime::dt_time,
+        CDateTime::dt_gDay,       CDateTime::dt_gMonth,   CDateTime::dt_gMonthDay};
     for (int type = 0; type <= 8; ++type) {
         EXPECT_EQ(static_cast<int>(tags[type]), type);
+        EXPECT_EQ(prefixed[type], tags[type]);
         EXPECT_EQ(CDateTime::GetTypeAsString(tags[type]), names[type]);
         EXPECT_EQ(CDateTime(tags[type]).GetTypeAsString(), names[type]);
     }
@@ -221,8 +227,7 @@ TEST(CDateTimeConversionTest, CheckConversionTable) {
 TEST(CDateTimeConversionTest, SetFromAnotherTypeCopiesEveryField) {
     CDateTime target;
     EXPECT_EQ(
-        ThrownMessage<CQzInvalidValueException>(
-            [&] { target.SetDateTime(T("10:00:00"), CDateTime::date); }),
+        ThrownMessage<CQzInvalidValueException>([&] { target.SetDateTime(T("10:00:00"), CDateTime::date); }),
         "Attempting to set a CDateTime of type date using an XmlDateTime of type time. The source CDateTime "
         "does not contian enough data to allow the conversion.");
     // dateTime to gYearMonth keeps the zone and, unseen, the rest.
