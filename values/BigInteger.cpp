@@ -9,6 +9,7 @@
 #include <cmath>
 #include <cstring>
 #include <new>
+#include <ostream>
 
 namespace QzXmlLib16 {
 
@@ -294,6 +295,10 @@ std::string CBigInteger::ToString() const {
         text.push_back(static_cast<char>('0' + *it));
     }
     return text;
+}
+
+std::ostream& operator<<(std::ostream& stream, const CBigInteger& value) {
+    return stream << value.ToString();
 }
 
 // --- sign ----------------------------------------------------------------------------

@@ -8,6 +8,7 @@
 #define QZXML_VALUES_BIGINTEGER_H
 
 #include <cstdint>
+#include <iosfwd>
 #include <string>
 #include <type_traits>
 #include <vector>
@@ -166,6 +167,9 @@ private:
     CBigInteger(int32_t sign, DigitVector digits);
     friend class CDecimal;
 };
+
+// Writes ToString() to the stream (test frameworks and logs print values this way).
+std::ostream& operator<<(std::ostream& stream, const CBigInteger& value);
 
 // --- a built-in number on either side of an operator ----------------------------------
 // Without these, big + 2 would be ambiguous between the member operator and the built-in

@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
+#include <ostream>
 #include <utility>
 
 namespace QzXmlLib16 {
@@ -400,6 +401,10 @@ std::string CDecimal::ToString(int nDecimals) const {
     text += '.';
     text += fraction;
     return text;
+}
+
+std::ostream& operator<<(std::ostream& stream, const CDecimal& value) {
+    return stream << value.ToString();
 }
 
 // --- conversions ---------------------------------------------------------------------

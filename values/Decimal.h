@@ -9,6 +9,7 @@
 #include "values/BigInteger.h"
 
 #include <cstdint>
+#include <iosfwd>
 #include <string>
 #include <type_traits>
 
@@ -127,6 +128,9 @@ public:
     CBigInteger m_fraction;
     int32_t m_fractionalDivider;
 };
+
+// Writes ToString() to the stream (test frameworks and logs print values this way).
+std::ostream& operator<<(std::ostream& stream, const CDecimal& value);
 
 // --- a built-in number in front of an operator -----------------------------------------
 // 2 * d and 1 == d read as CDecimal(2) * d and CDecimal(1) == d; the forms with the number

@@ -7,6 +7,7 @@
 
 #include <functional>
 #include <limits>
+#include <sstream>
 #include <string>
 
 using namespace QzXmlLib16;
@@ -354,6 +355,13 @@ TEST(CDecimalToStringTest, ZeroPaddedFraction) {
     EXPECT_EQ("7", CDecimal(CBigInteger(7), CBigInteger(0), 3).ToString());
     // The sign comes from the integer part only.
     EXPECT_EQ("1.5", CDecimal(CBigInteger(1), CBigInteger(-5), 1).ToString());
+}
+
+// Streams get the same text as ToString, whatever the size of the value.
+TEST(CDecimalToStringTest, StreamsWriteTheText) {
+    std::ostringstream stream;
+    stream << CDecimal("-0.50") << ' ' << CBigInteger("-0") << ' ' << CBigInteger::MAX_DOUBLE.GetNegative();
+    EXPECT_EQ("-0.5 0 -17" + std::string(307, '0'), stream.str());
 }
 
 // The formatting buffer holds 1024 characters: longer texts keep their first 1023.
