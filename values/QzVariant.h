@@ -166,6 +166,7 @@ protected:
         CBigInteger* pInteger;
         CXmlObjectBase* pObject;
     };
+    static_assert(sizeof(Value) == 8, "the value slot is eight bytes");
 
     bool m_bIsNil;
     ItemType m_eType;
