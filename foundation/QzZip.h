@@ -7,10 +7,9 @@
 
 #include "foundation/InstanceMonitor.h"
 #include "foundation/StreamTypes.h"
+#include "values/BinaryData.h"
 
 namespace QzXmlLib16 {
-
-class CBinaryData;
 
 // All operations are static; an instance holds nothing.
 class CQzZip : public CInstanceMonitor {

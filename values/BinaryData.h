@@ -8,6 +8,7 @@
 #define QZXML_VALUES_BINARYDATA_H
 
 #include "foundation/CriticalSection.h"
+#include "foundation/Exceptions.h"
 
 #include <cstdint>
 #include <string>
@@ -21,7 +22,9 @@ public:
     class CDataHolder {
     public:
         // Adopts pData (length and capacity nLength) with bTakeOwnership; otherwise copies
-        // nLength bytes into a new buffer of twice that size, at least 8192 bytes.
+        // nLength bytes into a new buffer of twice that size.
+        // Note: a copied holder owns at least 8192 bytes whatever it holds, since CBinaryData
+        // also accumulates stream output; an adopted one has no spare room.
         CDataHolder(unsigned char* pData, unsigned long nLength, bool bTakeOwnership);
 
         // Adds one reference, under the lock.
