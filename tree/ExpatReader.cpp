@@ -312,8 +312,9 @@ void CExpatReader::StartElement(const char* name, const char** atts) {
             value.assign(attValue, attValueLength);
         else
             value = ToLocal(attValue, attValueLength);
-        m_pDocument->AddElementAttribute(element, std::string(parts.local, parts.localLength), value,
-                                         std::string(parts.uri, parts.uriLength));
+        // AddElementAttribute without the copies: the URI is shared and the value taken over.
+        m_pDocument->AddReaderAttribute(element, parts.uri, parts.uriLength, parts.local, parts.localLength,
+                                        value);
     }
 }
 

@@ -21,9 +21,16 @@ bool IsInstanceOrXmlnsNamespace(const std::string& uri) {
 CXmlAttribute::CXmlAttribute(const CXmlElement* element, const std::string& localName,
                              const std::string& value, const std::string& uri)
     : CInstanceMonitor("CXmlAttribute"), m_pElement(element), m_localName(localName), m_value(value),
-      m_namespaceURI(uri) {}
+      m_pNamespaceURI(&m_namespaceURI), m_namespaceURI(uri) {}
 
 CXmlAttribute::~CXmlAttribute() {}
+
+void CXmlAttribute::OwnNamespaceURI() {
+    if (m_pNamespaceURI != &m_namespaceURI) {
+        m_namespaceURI = *m_pNamespaceURI;
+        m_pNamespaceURI = &m_namespaceURI;
+    }
+}
 
 std::string CXmlAttribute::GetXPath() const {
     std::string path;
@@ -31,8 +38,8 @@ std::string CXmlAttribute::GetXPath() const {
         path = m_pElement->GetXPath();
         path += '/';
         const CXmlDocument* document = m_pElement->GetDocument();
-        if (document && !m_namespaceURI.empty()) {
-            std::string alias = document->LookupAliasFromNamespace(m_namespaceURI.c_str());
+        if (document && !GetNamespaceURI().empty()) {
+            std::string alias = document->LookupAliasFromNamespace(GetNamespaceURI().c_str());
             if (!alias.empty()) {
                 path += alias;
                 path += ':';
@@ -45,14 +52,14 @@ std::string CXmlAttribute::GetXPath() const {
 }
 
 bool CXmlAttribute::IsNamespaceAttribute() const {
-    if (!IsInstanceOrXmlnsNamespace(m_namespaceURI))
+    if (!IsInstanceOrXmlnsNamespace(GetNamespaceURI()))
         return false;
     return m_localName == "xmlns" || m_localName == "type" || m_localName == "schemaLocation" ||
            m_localName == "noNamespaceSchemaLocation";
 }
 
 bool CXmlAttribute::IsNilAttribute() const {
-    return IsInstanceOrXmlnsNamespace(m_namespaceURI) && m_localName == "nil";
+    return IsInstanceOrXmlnsNamespace(GetNamespaceURI()) && m_localName == "nil";
 }
 
 } // namespace QzXmlLib16

@@ -26,7 +26,7 @@ public:
     CXmlAttribute& operator=(const CXmlAttribute&) = delete;
 
     // "" where the attribute has no namespace.
-    const std::string& GetNamespaceURI() const { return m_namespaceURI; }
+    const std::string& GetNamespaceURI() const { return *m_pNamespaceURI; }
     const std::string& GetLocalName() const { return m_localName; }
     // The value as the parser delivers it: normalised, entities resolved.
     const std::string& GetValue() const { return m_value; }
@@ -47,10 +47,17 @@ public:
 
 private:
     friend class CXmlDocument;
+    friend class CXmlElement;
+
+    // Gives the attribute its own copy of a namespace URI that it shares with the document.
+    void OwnNamespaceURI();
 
     const CXmlElement* m_pElement;
     std::string m_localName;
     std::string m_value;
+    // What GetNamespaceURI returns: m_namespaceURI, or for an attribute that the document
+    // built, the document's one copy of the URI (see CXmlDocument::ShareNamespaceURI).
+    const std::string* m_pNamespaceURI;
     std::string m_namespaceURI;
 };
 

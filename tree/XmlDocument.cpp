@@ -9,6 +9,7 @@
 #include <cwchar>
 #include <memory>
 #include <new>
+#include <string_view>
 #include <sys/stat.h>
 
 #include "foundation/Exceptions.h"
@@ -108,6 +109,8 @@ void CXmlDocument::Cleanup() {
     m_pDocumentElement = nullptr;
     m_openElements.clear();
     m_namespaceMap.clear();
+    m_sharedURIs.clear();
+    m_pLastSharedURI = nullptr;
 }
 
 void CXmlDocument::TakeBuffer(unsigned char* buffer, unsigned long size) {
@@ -241,7 +244,8 @@ CXmlElement* CXmlDocument::OpenElement(const char* uri, size_t uriLength, const 
             throw CQzException(kMsgNoOpenElement);
         element = m_openElements.back()->CreateNewChildElement();
     }
-    element->m_namespaceURI.assign(uri, uriLength);
+    if (uriLength > 0)
+        element->m_pNamespaceURI = ShareNamespaceURI(uri, uriLength);
     element->m_localName.assign(localName, localLength);
     m_openElements.push_back(element);
     return element;
@@ -271,13 +275,37 @@ void CXmlDocument::EndElement() {
     CXmlElement* element = m_openElements.back();
     m_openElements.pop_back();
     if (m_pElementCallback && m_pElementCallback(element) && !m_openElements.empty())
-        delete m_openElements.back()->RemoveLastChildElement();
+        delete m_openElements.back()->UnlinkLastChild();
 }
 
 void CXmlDocument::AddElementAttribute(CXmlElement* element, const std::string& localName,
                                        const std::string& value, const std::string& uri) {
     if (element)
         element->AddAttribute(localName, value, uri);
+}
+
+void CXmlDocument::AddReaderAttribute(CXmlElement* element, const char* uri, size_t uriLength,
+                                      const char* localName, size_t localLength, std::string& value) {
+    static const std::string kEmpty;
+    std::unique_ptr<CXmlAttribute> attribute(new CXmlAttribute(element, kEmpty, kEmpty, kEmpty));
+    attribute->m_localName.assign(localName, localLength);
+    attribute->m_value.swap(value);
+    if (uriLength > 0)
+        attribute->m_pNamespaceURI = ShareNamespaceURI(uri, uriLength);
+    element->m_attributes.push_back(attribute.get());
+    attribute.release();
+}
+
+const std::string* CXmlDocument::ShareNamespaceURI(const char* uri, size_t length) {
+    if (m_pLastSharedURI && m_pLastSharedURI->size() == length &&
+        std::memcmp(m_pLastSharedURI->data(), uri, length) == 0)
+        return m_pLastSharedURI;
+    std::string_view key(uri, length);
+    auto it = m_sharedURIs.find(key);
+    if (it == m_sharedURIs.end())
+        it = m_sharedURIs.emplace(key).first;
+    m_pLastSharedURI = &*it;
+    return m_pLastSharedURI;
 }
 
 void CXmlDocument::AppendTextExcludingCR(CXmlElement* element, const char* text, unsigned long length) {

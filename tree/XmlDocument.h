@@ -8,6 +8,7 @@
 
 #include <cstdio>
 #include <map>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -133,6 +134,14 @@ private:
 
     // Makes and opens an element from names that need not be NUL-terminated.
     CXmlElement* OpenElement(const char* uri, size_t uriLength, const char* localName, size_t localLength);
+    // Appends an attribute from a name that need not be NUL-terminated; the value is taken over.
+    void AddReaderAttribute(CXmlElement* element, const char* uri, size_t uriLength, const char* localName,
+                            size_t localLength, std::string& value);
+    // The document's one copy of a non-empty namespace URI, made on first use. The elements and
+    // attributes that the document builds point at it instead of holding a copy each, which
+    // spares an allocation per node where a URI is longer than a string's inline storage. The
+    // copies live until Cleanup; RemoveLastChildElement gives a removed subtree its own.
+    const std::string* ShareNamespaceURI(const char* uri, size_t length);
     // Takes ownership of a new[] buffer of size bytes.
     void TakeBuffer(unsigned char* buffer, unsigned long size);
 
@@ -144,6 +153,9 @@ private:
     SchemaType m_schemaType = SchemaTypeDefault;
     ElementCallback m_pElementCallback;
     const CSerializationContext* m_pContext;
+    // Shared namespace URIs (see ShareNamespaceURI); std::less<> finds them without a copy.
+    std::set<std::string, std::less<>> m_sharedURIs;
+    const std::string* m_pLastSharedURI = nullptr; // the last one asked for: the usual answer
 };
 
 } // namespace QzXmlLib16

@@ -12,7 +12,7 @@ namespace QzXmlLib16 {
 
 CXmlElement::CXmlElement(const CXmlDocument* document, const CXmlElement* parent)
     : CInstanceMonitor("CXmlElement"), m_pDocument(document), m_pParent(parent), m_pNextSibling(nullptr),
-      m_pFirstChild(nullptr), m_pLastChild(nullptr) {}
+      m_pFirstChild(nullptr), m_pLastChild(nullptr), m_pNamespaceURI(&m_namespaceURI) {}
 
 // The subtree is taken apart in a loop: `pending` is a chain, linked through the sibling field,
 // of elements still to be destroyed. Each element's children are spliced in front of the chain
@@ -73,6 +73,7 @@ void CXmlElement::SetElementName(const std::string& localName) {
 
 void CXmlElement::SetNamespace(const std::string& uri) {
     m_namespaceURI = uri;
+    m_pNamespaceURI = &m_namespaceURI;
 }
 
 const std::string& CXmlElement::GetAttribute(const std::string& localName, const std::string& uri) const {
@@ -85,6 +86,13 @@ const std::string& CXmlElement::GetAttribute(const std::string& localName, const
 }
 
 CXmlElement* CXmlElement::RemoveLastChildElement() {
+    CXmlElement* last = UnlinkLastChild();
+    if (last)
+        last->OwnNamespaceURIs();
+    return last;
+}
+
+CXmlElement* CXmlElement::UnlinkLastChild() {
     CXmlElement* last = m_pLastChild;
     if (!last)
         return nullptr;
@@ -101,10 +109,32 @@ CXmlElement* CXmlElement::RemoveLastChildElement() {
     return last;
 }
 
+// The subtree is walked in document order without recursion, climbing back through the parent
+// links, which stay valid while the subtree is only read.
+void CXmlElement::OwnNamespaceURIs() {
+    CXmlElement* element = this;
+    while (element) {
+        if (element->m_pNamespaceURI != &element->m_namespaceURI) {
+            element->m_namespaceURI = *element->m_pNamespaceURI;
+            element->m_pNamespaceURI = &element->m_namespaceURI;
+        }
+        for (CXmlAttribute* attribute : element->m_attributes)
+            attribute->OwnNamespaceURI();
+        if (element->m_pFirstChild) {
+            element = element->m_pFirstChild;
+            continue;
+        }
+        while (element != this && !element->m_pNextSibling)
+            element = const_cast<CXmlElement*>(element->m_pParent);
+        element = element == this ? nullptr : element->m_pNextSibling;
+    }
+}
+
 std::string CXmlElement::GetQName() const {
     std::string name;
-    if (m_pDocument && !m_namespaceURI.empty()) {
-        std::string alias = m_pDocument->LookupAliasFromNamespace(m_namespaceURI.c_str());
+    const std::string& uri = GetNamespaceURI();
+    if (m_pDocument && !uri.empty()) {
+        std::string alias = m_pDocument->LookupAliasFromNamespace(uri.c_str());
         if (!alias.empty()) {
             name = alias;
             name += ':';
@@ -118,7 +148,7 @@ std::string CXmlElement::GetQName() const {
 // same namespace share its alias, so only then the local names decide; otherwise a qualified
 // name ends in its local name, a cheap test before the alias look-up.
 bool CXmlElement::SameQName(const CXmlElement* other, const std::string& name) const {
-    if (other->m_namespaceURI == m_namespaceURI)
+    if (other->m_pNamespaceURI == m_pNamespaceURI || other->GetNamespaceURI() == GetNamespaceURI())
         return other->m_localName == m_localName;
     const std::string& local = other->m_localName;
     if (local.size() > name.size() || name.compare(name.size() - local.size(), local.size(), local) != 0)

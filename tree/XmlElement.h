@@ -49,7 +49,7 @@ public:
     const CXmlDocument* GetDocument() const { return m_pDocument; }
 
     // "" where the element has no namespace.
-    const std::string& GetNamespaceURI() const { return m_namespaceURI; }
+    const std::string& GetNamespaceURI() const { return *m_pNamespaceURI; }
     const std::string& GetLocalName() const { return m_localName; }
     // All character data directly inside the element, the pieces between and behind the
     // children included, in document order.
@@ -61,7 +61,8 @@ public:
     // told apart from an empty value.
     const std::string& GetAttribute(const std::string& localName, const std::string& uri) const;
 
-    // Unlinks the last child and returns it, or null if there is none. The caller owns it.
+    // Unlinks the last child and returns it, or null if there is none. The caller owns it; the
+    // removed subtree holds its own copies of its namespace URIs, so it may outlive a reload.
     CXmlElement* RemoveLastChildElement();
 
     // The alias of the namespace URI from the document's map and ":" where there is a
@@ -77,6 +78,12 @@ private:
     friend class CXmlDocument;
 
     bool SameQName(const CXmlElement* other, const std::string& name) const;
+    // Unlinks the last child without the copying of RemoveLastChildElement, for a child that
+    // is destroyed at once.
+    CXmlElement* UnlinkLastChild();
+    // Gives every element and attribute of the subtree its own copy of a namespace URI that it
+    // shares with the document.
+    void OwnNamespaceURIs();
 
     const CXmlDocument* m_pDocument;
     const CXmlElement* m_pParent;
@@ -86,6 +93,9 @@ private:
     std::vector<CXmlAttribute*> m_attributes;
     std::string m_text;
     std::string m_localName;
+    // What GetNamespaceURI returns: m_namespaceURI, or for an element that the document built,
+    // the document's one copy of the URI (see CXmlDocument::ShareNamespaceURI).
+    const std::string* m_pNamespaceURI;
     std::string m_namespaceURI;
 };
 

@@ -201,3 +201,25 @@ TEST(CXmlElementBuild, DeepChainPathAndDestruction) {
     EXPECT_EQ(static_cast<size_t>(depth + 1) * 2, path.size());
     delete root;
 }
+
+// Elements that a load builds share the document's copy of each namespace URI; a removed
+// subtree takes its own copies and so stays whole after the document is loaded again.
+TEST(CXmlElementBuild, RemovedSubtreeKeepsItsNamespacesAcrossAReload) {
+    CXmlDocument doc;
+    doc.LoadXml("<r xmlns='urn:a-namespace-longer-than-inline'>"
+                "<x/><y xmlns:q='urn:q-namespace-longer-than-inline' q:at='1'><q:z/><w/></y></r>");
+    CXmlElement* root = doc.GetDocumentElement();
+    EXPECT_EQ(&root->GetNamespaceURI(), &root->GetFirstElement()->GetNamespaceURI());
+    CXmlElement* removed = root->RemoveLastChildElement();
+    ASSERT_NE(nullptr, removed);
+    doc.LoadXml("<other xmlns='urn:another-namespace-longer-than-inline'/>");
+    EXPECT_EQ("urn:a-namespace-longer-than-inline", removed->GetNamespaceURI());
+    EXPECT_EQ("urn:q-namespace-longer-than-inline", removed->GetAttributes()[0]->GetNamespaceURI());
+    CXmlElement* z = removed->GetFirstElement();
+    EXPECT_EQ("urn:q-namespace-longer-than-inline", z->GetNamespaceURI());
+    EXPECT_EQ("urn:a-namespace-longer-than-inline", z->GetNextSiblingElement()->GetNamespaceURI());
+    // A namespace set by hand replaces the shared one for that element only.
+    z->SetNamespace("urn:set-by-hand");
+    EXPECT_EQ("urn:set-by-hand", z->GetNamespaceURI());
+    delete removed;
+}
