@@ -115,8 +115,10 @@ public:
     // --- internal: scale handling, public for CBigInteger and the library ---------------
     // Removes trailing zeros of the fraction; the divider stays at 1 or more.
     void Rationalise();
-    // Rescales to n places. Raising is exact; lowering rounds with ties towards zero.
-    // Throws CQzInvalidParamException for a negative n.
+    // Rescales to n places. Raising is exact; lowering rounds to nearest. Throws
+    // CQzInvalidParamException for a negative n.
+    // Note: a remainder of exactly one half does not round: ties go towards zero (2.25 at
+    // one place is 2.2, -2.5 at none is -2), never to even.
     // Note: a rounding carry that fills the fraction does not reach the integer part:
     // 0.96 at one place holds fraction 10 and prints "0.10".
     void ChangeFractionalDivider(int n);
