@@ -386,8 +386,12 @@ std::string CDecimal::ToString(int nDecimals) const {
         nDecimals = 0;
     }
     const bool negative = m_integer.m_nSign == -1;
+    // The reader keeps m_maxDivider places, so a 5 at place m_maxDivider + 1 or further
+    // reads as the same zero term: the zeros in front are capped there, which keeps a
+    // huge count from building a huge text.
+    const int zeros = std::min(nDecimals, m_maxDivider);
     std::string roundingText = negative ? "-0." : "0.";
-    roundingText.append(static_cast<size_t>(nDecimals), '0');
+    roundingText.append(static_cast<size_t>(zeros), '0');
     roundingText += '5';
     CDecimal r(roundingText.c_str());
     r += *this;

@@ -395,6 +395,17 @@ TEST(CDecimalToStringTest, FixedPlacesRoundHalfAwayFromZero) {
     }
 }
 
+// Beyond 30 places the rounding term is zero, however many places are asked for.
+TEST(CDecimalToStringTest, FixedPlacesBeyondThePrecision) {
+    CDecimal value("-1.25");
+    EXPECT_EQ("-1.25", value.ToString(30));
+    EXPECT_EQ("-1.25", value.ToString(31));
+    EXPECT_EQ("-1.25", value.ToString(std::numeric_limits<int>::max()));
+    CDecimal third = CDecimal(1) / CDecimal(3);
+    EXPECT_EQ("0." + std::string(29, '3'), third.ToString(29));
+    EXPECT_EQ("0." + std::string(30, '3'), third.ToString(1000));
+}
+
 // --- conversions ---------------------------------------------------------------------
 
 TEST(CDecimalConvertTest, LongLongDropsTheFractionAfterOnePlace) {
