@@ -182,14 +182,14 @@ using EnableIfBigIntegerMix =
                                 std::is_constructible<CBigInteger, T>::value,
                             int>::type;
 
-#define QZXML_BIGINTEGER_MIXED_OPERATOR(op, result)                                                      \
-    template <typename B, typename T, EnableIfBigIntegerMix<B, T> = 0>                                  \
-    result operator op(const B& left, T right) {                                                         \
-        return left op CBigInteger(right);                                                               \
-    }                                                                                                    \
-    template <typename B, typename T, EnableIfBigIntegerMix<B, T> = 0>                                  \
-    result operator op(T left, const B& right) {                                                         \
-        return CBigInteger(left) op right;                                                               \
+#define QZXML_BIGINTEGER_MIXED_OPERATOR(op, result)                                                          \
+    template <typename B, typename T, EnableIfBigIntegerMix<B, T> = 0>                                       \
+    result operator op(const B& left, T right) {                                                             \
+        return left op CBigInteger(right);                                                                   \
+    }                                                                                                        \
+    template <typename B, typename T, EnableIfBigIntegerMix<B, T> = 0>                                       \
+    result operator op(T left, const B& right) {                                                             \
+        return CBigInteger(left) op right;                                                                   \
     }
 
 QZXML_BIGINTEGER_MIXED_OPERATOR(+, CBigInteger)

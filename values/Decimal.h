@@ -144,10 +144,10 @@ using EnableIfDecimalMix =
                                 std::is_constructible<CDecimal, T>::value,
                             int>::type;
 
-#define QZXML_DECIMAL_MIXED_OPERATOR(op, result)                                                         \
-    template <typename D, typename T, EnableIfDecimalMix<D, T> = 0>                                     \
-    result operator op(T left, const D& right) {                                                         \
-        return CDecimal(left) op right;                                                                  \
+#define QZXML_DECIMAL_MIXED_OPERATOR(op, result)                                                             \
+    template <typename D, typename T, EnableIfDecimalMix<D, T> = 0>                                          \
+    result operator op(T left, const D& right) {                                                             \
+        return CDecimal(left) op right;                                                                      \
     }
 
 QZXML_DECIMAL_MIXED_OPERATOR(+, CDecimal)
