@@ -111,6 +111,7 @@ void CXmlDocument::Cleanup() {
     m_namespaceMap.clear();
     m_sharedURIs.clear();
     m_pLastSharedURI = nullptr;
+    m_elementPool.Release();
 }
 
 void CXmlDocument::TakeBuffer(unsigned char* buffer, unsigned long size) {
@@ -237,12 +238,14 @@ CXmlElement* CXmlDocument::OpenElement(const char* uri, size_t uriLength, const 
                                        size_t localLength) {
     CXmlElement* element;
     if (!m_pDocumentElement) {
-        element = new CXmlElement(this, nullptr);
+        element = new (m_elementPool) CXmlElement(this, nullptr);
         m_pDocumentElement = element;
     } else {
         if (m_openElements.empty())
             throw CQzException(kMsgNoOpenElement);
-        element = m_openElements.back()->CreateNewChildElement();
+        CXmlElement* parent = m_openElements.back();
+        element = new (m_elementPool) CXmlElement(this, parent);
+        parent->AppendChild(element);
     }
     if (uriLength > 0)
         element->m_pNamespaceURI = ShareNamespaceURI(uri, uriLength);

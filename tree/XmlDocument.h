@@ -16,6 +16,7 @@
 #include "foundation/InstanceMonitor.h"
 #include "tree/XmlAttribute.h"
 #include "tree/XmlElement.h"
+#include "tree/XmlElementPool.h"
 
 namespace QzXmlLib16 {
 
@@ -156,6 +157,9 @@ private:
     // Shared namespace URIs (see ShareNamespaceURI); std::less<> finds them without a copy.
     std::set<std::string, std::less<>> m_sharedURIs;
     const std::string* m_pLastSharedURI = nullptr; // the last one asked for: the usual answer
+    // Storage of the elements that the building operations make; let go of in Cleanup, after
+    // the tree.
+    CXmlElementPool m_elementPool;
 };
 
 } // namespace QzXmlLib16

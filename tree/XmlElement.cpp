@@ -7,6 +7,7 @@
 #include <memory>
 
 #include "tree/XmlDocument.h"
+#include "tree/XmlElementPool.h"
 
 namespace QzXmlLib16 {
 
@@ -35,14 +36,38 @@ CXmlElement::~CXmlElement() {
         delete attribute;
 }
 
+// --- Storage
+
+void* CXmlElement::operator new(size_t size) {
+    return CXmlElementPool::AllocateUnpooled(size);
+}
+
+void* CXmlElement::operator new(size_t size, CXmlElementPool& pool) {
+    return pool.Allocate(size);
+}
+
+void CXmlElement::operator delete(void* object) {
+    CXmlElementPool::Free(object);
+}
+
+void CXmlElement::operator delete(void* object, CXmlElementPool&) {
+    CXmlElementPool::Free(object);
+}
+
+// --- Building
+
 CXmlElement* CXmlElement::CreateNewChildElement() {
     CXmlElement* child = new CXmlElement(m_pDocument, this);
+    AppendChild(child);
+    return child;
+}
+
+void CXmlElement::AppendChild(CXmlElement* child) {
     if (m_pLastChild)
         m_pLastChild->m_pNextSibling = child;
     else
         m_pFirstChild = child;
     m_pLastChild = child;
-    return child;
 }
 
 void CXmlElement::AddAttribute(const std::string& localName, const std::string& value,
@@ -88,7 +113,7 @@ const std::string& CXmlElement::GetAttribute(const std::string& localName, const
 CXmlElement* CXmlElement::RemoveLastChildElement() {
     CXmlElement* last = UnlinkLastChild();
     if (last)
-        last->OwnNamespaceURIs();
+        last->DetachFromDocument();
     return last;
 }
 
@@ -111,9 +136,10 @@ CXmlElement* CXmlElement::UnlinkLastChild() {
 
 // The subtree is walked in document order without recursion, climbing back through the parent
 // links, which stay valid while the subtree is only read.
-void CXmlElement::OwnNamespaceURIs() {
+void CXmlElement::DetachFromDocument() {
     CXmlElement* element = this;
     while (element) {
+        CXmlElementPool::Orphan(element);
         if (element->m_pNamespaceURI != &element->m_namespaceURI) {
             element->m_namespaceURI = *element->m_pNamespaceURI;
             element->m_pNamespaceURI = &element->m_namespaceURI;

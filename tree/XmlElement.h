@@ -6,6 +6,7 @@
 #ifndef QZXML_TREE_XMLELEMENT_H
 #define QZXML_TREE_XMLELEMENT_H
 
+#include <cstddef>
 #include <string>
 #include <vector>
 
@@ -15,6 +16,7 @@
 namespace QzXmlLib16 {
 
 class CXmlDocument;
+class CXmlElementPool;
 
 // One element. It owns its children and attributes; destroying it destroys the subtree,
 // without recursion, so trees of any depth can be destroyed.
@@ -26,6 +28,13 @@ public:
 
     CXmlElement(const CXmlElement&) = delete;
     CXmlElement& operator=(const CXmlElement&) = delete;
+
+    // Elements keep a small header in front of their storage, so that those a document builds
+    // can come from its pool (tree/XmlElementPool.h); `new` and `delete` work as usual.
+    static void* operator new(size_t size);
+    static void* operator new(size_t size, CXmlElementPool& pool);
+    static void operator delete(void* object);
+    static void operator delete(void* object, CXmlElementPool& pool);
 
     // A new element with this element's document and this element as parent, appended at the
     // end of the child list in constant time. Owned by this element.
@@ -78,12 +87,15 @@ private:
     friend class CXmlDocument;
 
     bool SameQName(const CXmlElement* other, const std::string& name) const;
+    // Appends a child made elsewhere at the end of the child list.
+    void AppendChild(CXmlElement* child);
     // Unlinks the last child without the copying of RemoveLastChildElement, for a child that
     // is destroyed at once.
     CXmlElement* UnlinkLastChild();
-    // Gives every element and attribute of the subtree its own copy of a namespace URI that it
-    // shares with the document.
-    void OwnNamespaceURIs();
+    // Makes a removed subtree independent of its document: every element and attribute gets
+    // its own copy of a namespace URI it shares with the document, and pooled storage is marked
+    // as no longer the tree's.
+    void DetachFromDocument();
 
     const CXmlDocument* m_pDocument;
     const CXmlElement* m_pParent;

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <vector>
 
 #include "tree/XmlDocument.h"
 
@@ -222,4 +223,43 @@ TEST(CXmlElementBuild, RemovedSubtreeKeepsItsNamespacesAcrossAReload) {
     z->SetNamespace("urn:set-by-hand");
     EXPECT_EQ("urn:set-by-hand", z->GetNamespaceURI());
     delete removed;
+}
+
+// The storage of a removed subtree stays valid after its document is gone (the sanitizer build
+// checks the reads and that nothing leaks); only GetQName and the paths need the document.
+TEST(CXmlElementBuild, RemovedSubtreeOutlivesItsDocument) {
+    CXmlDocument* doc = new CXmlDocument();
+    doc->LoadXml("<r><keep/><gone a='1'>text<c/><c/></gone></r>");
+    CXmlElement* removed = doc->GetDocumentElement()->RemoveLastChildElement();
+    CXmlElement* byHand = removed->CreateNewChildElement();
+    byHand->SetElementName("made");
+    delete doc;
+    EXPECT_EQ("gone", removed->GetLocalName());
+    EXPECT_EQ("text", removed->GetText());
+    EXPECT_EQ("1", removed->GetAttribute("a", ""));
+    EXPECT_EQ("c", removed->GetFirstElement()->GetNextSiblingElement()->GetLocalName());
+    EXPECT_EQ(byHand, removed->GetFirstElement()->GetNextSiblingElement()->GetNextSiblingElement());
+    delete removed;
+}
+
+namespace {
+
+std::vector<CXmlElement*> g_dropped;
+
+bool RecordAddressAndDrop(CXmlElement* element) {
+    g_dropped.push_back(element);
+    return true;
+}
+
+} // namespace
+
+// Dropping elements through the callback frees their storage for the next ones, which is what
+// keeps a long document in bounded memory.
+TEST(CXmlElementBuild, DroppedElementsStorageIsReused) {
+    g_dropped.clear();
+    CXmlDocument doc(&RecordAddressAndDrop);
+    doc.LoadXml("<r><a/><b/><c><d/></c></r>");
+    ASSERT_EQ(5u, g_dropped.size());
+    EXPECT_EQ(g_dropped[0], g_dropped[1]); // b took the place of a
+    EXPECT_EQ(g_dropped[0], g_dropped[3]); // then c, after d had ended inside it
 }
