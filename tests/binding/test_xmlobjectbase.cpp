@@ -15,10 +15,13 @@
 #include "foundation/Exceptions.h"
 #include "tree/XmlDocument.h"
 #include "values/BinaryData.h"
+#include "support/TestSupport.h"
 
 using namespace QzXmlLib16;
 
 namespace {
+
+using QzTest::MessageOf;
 
 // The message numbers and the width of the count are part of the interface.
 static_assert(IEventSink::MsgCollectionChange == 0 && IEventSink::MsgCollectionAdd == 1 &&
@@ -93,15 +96,6 @@ private:
     std::string* m_log;
     int32_t m_count = 0;
 };
-
-template <class E, class F> std::string MessageOf(F call) {
-    try {
-        call();
-    } catch (const E& e) {
-        return e.GetMessage();
-    }
-    return "<no exception>";
-}
 
 } // namespace
 

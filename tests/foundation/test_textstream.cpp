@@ -11,6 +11,7 @@
 #include <cstdint>
 #include <cstring>
 #include <string>
+#include "support/TestSupport.h"
 
 using namespace QzXmlLib16;
 using streamtest::ReadFile;
@@ -18,6 +19,8 @@ using streamtest::ScopedLocale;
 using streamtest::TempDir;
 
 namespace {
+
+using QzTest::MessageOf;
 
 std::string Bytes(const CBinaryData& data) {
     return std::string(reinterpret_cast<const char*>(data.GetData()), data.GetLength());
@@ -27,16 +30,6 @@ std::string Encoded(XmlEncoding encoding, const std::string& text) {
     CTextStream stream(encoding);
     stream.Append(text);
     return Bytes(stream.GetEncodedStream());
-}
-
-// The message of the exception that f raises, or "" when it does not raise.
-template <typename F> std::string MessageOf(F f) {
-    try {
-        f();
-    } catch (const CQzException& e) {
-        return e.GetMessage();
-    }
-    return "";
 }
 
 // Turns ASCIIOnly on for the life of the object.

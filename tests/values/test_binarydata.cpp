@@ -10,10 +10,13 @@
 #include <string>
 #include <thread>
 #include <vector>
+#include "support/TestSupport.h"
 
 using namespace QzXmlLib16;
 
 namespace {
+
+using QzTest::MessageOf;
 
 unsigned char* Bytes(const char* s) {
     return reinterpret_cast<unsigned char*>(const_cast<char*>(s));
@@ -22,16 +25,6 @@ unsigned char* Bytes(const char* s) {
 std::string Text(const CBinaryData& d) {
     return d.GetData() ? std::string(reinterpret_cast<const char*>(d.GetData()), d.GetLength())
                        : std::string();
-}
-
-// The message of the CQzException that f throws, or "no exception".
-template <class F> std::string MessageOf(F f) {
-    try {
-        f();
-    } catch (const CQzException& e) {
-        return e.GetMessage();
-    }
-    return "no exception";
 }
 
 } // namespace

@@ -11,24 +11,16 @@
 #include <random>
 #include <string>
 #include <vector>
+#include "support/TestSupport.h"
 
 using namespace QzXmlLib16;
 
 namespace {
 
+using QzTest::MessageOf;
+
 const CWhitespaceUtils::WhitespaceRule kNone = CWhitespaceUtils::None;
 const CWhitespaceUtils::WhitespaceRule kCollapse = CWhitespaceUtils::Collapse;
-
-template <class E> std::string MessageOf(const std::function<void()>& call) {
-    try {
-        call();
-    } catch (const E& e) {
-        return e.GetMessage();
-    } catch (...) {
-        return "wrong exception class";
-    }
-    return "no exception";
-}
 
 // One reader and the writer of its result, so any item type reads back as text.
 struct Reader {

@@ -9,22 +9,13 @@
 #include <limits>
 #include <sstream>
 #include <string>
+#include "support/TestSupport.h"
 
 using namespace QzXmlLib16;
 
 namespace {
 
-// The message of the exception of class E the call throws, or a marker text.
-template <class E> std::string MessageOf(const std::function<void()>& call) {
-    try {
-        call();
-    } catch (const E& e) {
-        return e.GetMessage();
-    } catch (...) {
-        return "<other exception>";
-    }
-    return "<no exception>";
-}
+using QzTest::MessageOf;
 
 std::string InvalidChar(int position, const std::string& text) {
     return "The string representing a Decimal, contained an invalid char at position " +

@@ -11,10 +11,13 @@
 #include <functional>
 #include <limits>
 #include <string>
+#include "support/TestSupport.h"
 
 using namespace QzXmlLib16;
 
 namespace {
+
+using QzTest::MessageOf;
 
 // A reference-counted object that reports its own destruction.
 class CountedObject : public CXmlObjectBase {
@@ -54,17 +57,6 @@ class RawVariant : public QzVariant {
 public:
     void ForceType(int type) { m_eType = static_cast<ItemType>(type); }
 };
-
-template <class E> std::string MessageOf(const std::function<void()>& call) {
-    try {
-        call();
-    } catch (const E& e) {
-        return e.GetMessage();
-    } catch (...) {
-        return "wrong exception class";
-    }
-    return "no exception";
-}
 
 const CWhitespaceUtils::WhitespaceRule kCollapse = CWhitespaceUtils::Collapse;
 
