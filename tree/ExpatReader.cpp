@@ -20,9 +20,9 @@ const unsigned long kScratchSize = 1024;
 // the second half holds the narrow result.
 const unsigned long kWideUnits = kScratchSize / 8;
 const unsigned long kNarrowSize = kScratchSize / 2;
-// The buffer goes to expat in pieces: expat copies what it is given into its own buffer, so a
-// piece bounds that copy, and lengths stay within expat's int.
-const unsigned long kPieceSize = 1024 * 1024;
+// The buffer goes to expat in one call; only a buffer beyond this size, which expat's int
+// length cannot express, goes in pieces of it.
+const unsigned long kPieceSize = 1024 * 1024 * 1024;
 
 // Messages
 const char kMsgParseError[] = "%s at line %d";

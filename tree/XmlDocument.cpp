@@ -295,7 +295,7 @@ void CXmlDocument::AddReaderAttribute(CXmlElement* element, const char* uri, siz
     attribute->m_value.swap(value);
     if (uriLength > 0)
         attribute->m_pNamespaceURI = ShareNamespaceURI(uri, uriLength);
-    element->m_attributes.push_back(attribute.get());
+    element->Attributes().push_back(attribute.get());
     attribute.release();
 }
 

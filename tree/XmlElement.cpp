@@ -11,9 +11,20 @@
 
 namespace QzXmlLib16 {
 
+namespace {
+
+// Shared empty values
+const std::string& EmptyURI() {
+    static const std::string empty;
+    return empty;
+}
+
+} // namespace
+
 CXmlElement::CXmlElement(const CXmlDocument* document, const CXmlElement* parent)
     : CInstanceMonitor("CXmlElement"), m_pDocument(document), m_pParent(parent), m_pNextSibling(nullptr),
-      m_pFirstChild(nullptr), m_pLastChild(nullptr), m_pNamespaceURI(&m_namespaceURI) {}
+      m_pFirstChild(nullptr), m_pLastChild(nullptr), m_pAttributes(nullptr), m_pNamespaceURI(&EmptyURI()),
+      m_pOwnNamespaceURI(nullptr) {}
 
 // The subtree is taken apart in a loop: `pending` is a chain, linked through the sibling field,
 // of elements still to be destroyed. Each element's children are spliced in front of the chain
@@ -32,8 +43,23 @@ CXmlElement::~CXmlElement() {
         element->m_pNextSibling = nullptr;
         delete element;
     }
-    for (CXmlAttribute* attribute : m_attributes)
-        delete attribute;
+    if (m_pAttributes) {
+        for (CXmlAttribute* attribute : *m_pAttributes)
+            delete attribute;
+        delete m_pAttributes;
+    }
+    delete m_pOwnNamespaceURI;
+}
+
+const std::vector<CXmlAttribute*>& CXmlElement::NoAttributes() {
+    static const std::vector<CXmlAttribute*> none;
+    return none;
+}
+
+std::vector<CXmlAttribute*>& CXmlElement::Attributes() {
+    if (!m_pAttributes)
+        m_pAttributes = new std::vector<CXmlAttribute*>();
+    return *m_pAttributes;
 }
 
 // --- Storage
@@ -73,7 +99,7 @@ void CXmlElement::AppendChild(CXmlElement* child) {
 void CXmlElement::AddAttribute(const std::string& localName, const std::string& value,
                                const std::string& uri) {
     std::unique_ptr<CXmlAttribute> attribute(new CXmlAttribute(this, localName, value, uri));
-    m_attributes.push_back(attribute.get());
+    Attributes().push_back(attribute.get());
     attribute.release();
 }
 
@@ -97,13 +123,16 @@ void CXmlElement::SetElementName(const std::string& localName) {
 }
 
 void CXmlElement::SetNamespace(const std::string& uri) {
-    m_namespaceURI = uri;
-    m_pNamespaceURI = &m_namespaceURI;
+    if (m_pOwnNamespaceURI)
+        *m_pOwnNamespaceURI = uri;
+    else
+        m_pOwnNamespaceURI = new std::string(uri);
+    m_pNamespaceURI = m_pOwnNamespaceURI;
 }
 
 const std::string& CXmlElement::GetAttribute(const std::string& localName, const std::string& uri) const {
     static const std::string kEmpty;
-    for (const CXmlAttribute* attribute : m_attributes) {
+    for (const CXmlAttribute* attribute : GetAttributes()) {
         if (attribute->GetLocalName() == localName && attribute->GetNamespaceURI() == uri)
             return attribute->GetValue();
     }
@@ -140,12 +169,12 @@ void CXmlElement::DetachFromDocument() {
     CXmlElement* element = this;
     while (element) {
         CXmlElementPool::Orphan(element);
-        if (element->m_pNamespaceURI != &element->m_namespaceURI) {
-            element->m_namespaceURI = *element->m_pNamespaceURI;
-            element->m_pNamespaceURI = &element->m_namespaceURI;
+        if (element->m_pNamespaceURI != element->m_pOwnNamespaceURI && !element->m_pNamespaceURI->empty())
+            element->SetNamespace(*element->m_pNamespaceURI);
+        if (element->m_pAttributes) {
+            for (CXmlAttribute* attribute : *element->m_pAttributes)
+                attribute->OwnNamespaceURI();
         }
-        for (CXmlAttribute* attribute : element->m_attributes)
-            attribute->OwnNamespaceURI();
         if (element->m_pFirstChild) {
             element = element->m_pFirstChild;
             continue;

@@ -63,7 +63,9 @@ public:
     // All character data directly inside the element, the pieces between and behind the
     // children included, in document order.
     const std::string& GetText() const { return m_text; }
-    const std::vector<CXmlAttribute*>& GetAttributes() const { return m_attributes; }
+    const std::vector<CXmlAttribute*>& GetAttributes() const {
+        return m_pAttributes ? *m_pAttributes : NoAttributes();
+    }
 
     // The value of the first attribute whose local name and URI both match.
     // Note: a missing attribute gives a reference to one static empty string, so it cannot be
@@ -86,6 +88,9 @@ public:
 private:
     friend class CXmlDocument;
 
+    static const std::vector<CXmlAttribute*>& NoAttributes();
+    // The attribute list, made on first use.
+    std::vector<CXmlAttribute*>& Attributes();
     bool SameQName(const CXmlElement* other, const std::string& name) const;
     // Appends a child made elsewhere at the end of the child list.
     void AppendChild(CXmlElement* child);
@@ -102,13 +107,15 @@ private:
     CXmlElement* m_pNextSibling;
     CXmlElement* m_pFirstChild; // owned, head of the list
     CXmlElement* m_pLastChild;  // tail of the list
-    std::vector<CXmlAttribute*> m_attributes;
+    // Made with the first attribute: most elements have none.
+    std::vector<CXmlAttribute*>* m_pAttributes;
     std::string m_text;
     std::string m_localName;
-    // What GetNamespaceURI returns: m_namespaceURI, or for an element that the document built,
-    // the document's one copy of the URI (see CXmlDocument::ShareNamespaceURI).
+    // What GetNamespaceURI returns, never null: one shared empty string, the element's own copy
+    // (m_pOwnNamespaceURI), or for an element that the document built, the document's one copy
+    // of the URI (see CXmlDocument::ShareNamespaceURI).
     const std::string* m_pNamespaceURI;
-    std::string m_namespaceURI;
+    std::string* m_pOwnNamespaceURI; // owned; made by SetNamespace and DetachFromDocument
 };
 
 } // namespace QzXmlLib16
