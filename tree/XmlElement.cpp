@@ -139,11 +139,12 @@ const std::string& CXmlElement::GetAttribute(const std::string& localName, const
     return kEmpty;
 }
 
+// The child is made independent before it is unlinked: if a copy fails, it stays in place.
 CXmlElement* CXmlElement::RemoveLastChildElement() {
-    CXmlElement* last = UnlinkLastChild();
-    if (last)
-        last->DetachFromDocument();
-    return last;
+    if (!m_pLastChild)
+        return nullptr;
+    m_pLastChild->DetachFromDocument();
+    return UnlinkLastChild();
 }
 
 CXmlElement* CXmlElement::UnlinkLastChild() {
