@@ -273,8 +273,9 @@ std::string CExpatReader::ToLocal(const char* text, size_t length) {
     unsigned char* bytes = reinterpret_cast<unsigned char*>(const_cast<char*>(text));
     if (!m_pScratch)
         return CEncoder::Utf8ToLocalCodePage(bytes, static_cast<int>(length), nullptr, 0, nullptr, 0);
-    return CEncoder::Utf8ToLocalCodePage(bytes, static_cast<int>(length), reinterpret_cast<wchar_t*>(m_pScratch),
-                                         kWideUnits, m_pScratch + kNarrowSize, kNarrowSize);
+    return CEncoder::Utf8ToLocalCodePage(bytes, static_cast<int>(length),
+                                         reinterpret_cast<wchar_t*>(m_pScratch), kWideUnits,
+                                         m_pScratch + kNarrowSize, kNarrowSize);
 }
 
 void CExpatReader::StartElement(const char* name, const char** atts) {

@@ -79,7 +79,8 @@ void CXmlElementPool::Unreference(Block* block) {
 
 // --- The pool
 
-CXmlElementPool::CXmlElementPool() : m_pBlocks(nullptr), m_pFreeSlots(nullptr), m_nextInBlock(kSlotsPerBlock) {}
+CXmlElementPool::CXmlElementPool()
+    : m_pBlocks(nullptr), m_pFreeSlots(nullptr), m_nextInBlock(kSlotsPerBlock) {}
 
 CXmlElementPool::~CXmlElementPool() {
     Release();

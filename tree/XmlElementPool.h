@@ -53,8 +53,8 @@ private:
     static void Unreference(Block* block);
     void Recycle(Slot* slot);
 
-    Block* m_pBlocks;    // all blocks this pool holds, newest first
-    Slot* m_pFreeSlots;  // slots of destroyed elements, ready for reuse
+    Block* m_pBlocks;     // all blocks this pool holds, newest first
+    Slot* m_pFreeSlots;   // slots of destroyed elements, ready for reuse
     size_t m_nextInBlock; // index of the next unused slot of m_pBlocks
 };
 
