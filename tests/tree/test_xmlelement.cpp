@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "tree/XmlDocument.h"
@@ -240,6 +241,32 @@ TEST(CXmlElementBuild, RemovedSubtreeOutlivesItsDocument) {
     EXPECT_EQ("c", removed->GetFirstElement()->GetNextSiblingElement()->GetLocalName());
     EXPECT_EQ(byHand, removed->GetFirstElement()->GetNextSiblingElement()->GetNextSiblingElement());
     delete removed;
+}
+
+// Removed elements of one document, destroyed on two threads while the document loads again:
+// each only counts its storage block down.
+TEST(CXmlElementBuild, RemovedElementsDieOnOtherThreads) {
+    CXmlDocument doc;
+    std::string xml = "<r>";
+    for (int i = 0; i < 600; ++i)
+        xml += "<e><c/></e>";
+    xml += "</r>";
+    doc.LoadXml(xml.c_str());
+    std::vector<CXmlElement*> removed[2];
+    for (int i = 0; i < 600; ++i)
+        removed[i % 2].push_back(doc.GetDocumentElement()->RemoveLastChildElement());
+    std::thread first([&] {
+        for (CXmlElement* element : removed[0])
+            delete element;
+    });
+    std::thread second([&] {
+        for (CXmlElement* element : removed[1])
+            delete element;
+    });
+    doc.LoadXml("<other/>");
+    first.join();
+    second.join();
+    EXPECT_EQ("other", doc.GetDocumentElement()->GetLocalName());
 }
 
 namespace {
