@@ -13,6 +13,7 @@
 #include <sys/stat.h>
 
 #include "foundation/Exceptions.h"
+#include "foundation/QzZip.h"
 #include "tree/ExpatReader.h"
 
 namespace QzXmlLib16 {
@@ -203,6 +204,8 @@ void CXmlDocument::LoadXml(const wchar_t* text) {
 }
 
 void CXmlDocument::Parse() {
+    // Compressed input (gzip or zlib) is inflated first; other bytes stay as they are.
+    CQzZip::Decompress(&m_pBuffer, &m_bufferSize);
     ParseText();
 }
 
