@@ -37,6 +37,11 @@ void WriteXmlDocument(const CXmlObjectBase& object, CXmlTextWriter& writer, bool
     writer.Close();
 }
 
+// Encodings whose files begin with the 0xFF 0xFE mark.
+bool HasByteOrderMark(XmlEncoding encoding) {
+    return encoding == EncodingUTF16 || encoding == EncodingUnicode;
+}
+
 // Operations whose writer has not joined the library yet report that.
 [[noreturn]] void ThrowNotAvailable(const char* operation) {
     throw CQzException(FormatString("%s is not available in this build", operation));
@@ -76,8 +81,21 @@ void CXmlObjectBase::ToXmlFile(const char* path, bool decl, bool format, XmlEnco
     if (!ASYNC_TOXMLFILE || compression != CompressionNone) {
         // Buffered: the file is opened only once the whole document exists, so a failed
         // serialisation leaves an existing file untouched.
-        CBinaryData data = ToXmlStream(decl, format, encoding, eol, context, compression);
-        CFileBinaryStream file(path, encoding, data);
+        XmlEncoding fileEncoding = encoding;
+        CBinaryData data;
+        if (compression != CompressionNone && HasByteOrderMark(encoding)) {
+            // The byte-order mark belongs to the text: it goes inside the compressed bytes,
+            // so the file inflates to exactly what the uncompressed file would hold, and no
+            // mark stands in front of the gzip member where the reader would not find it.
+            unsigned char mark[] = {0xFF, 0xFE};
+            data.Append(mark, sizeof(mark));
+            data.Append(ToXmlStream(decl, format, encoding, eol, context, CompressionNone));
+            CQzZip::CompressData(data, compression);
+            fileEncoding = EncodingUTF8;
+        } else {
+            data = ToXmlStream(decl, format, encoding, eol, context, compression);
+        }
+        CFileBinaryStream file(path, fileEncoding, data);
         file.ToFile();
         return;
     }
