@@ -3,6 +3,7 @@
 //
 // Usage: qzxml_demo orders.xml   (tools/demo.sh makes one with examples/orders/gen_orders.py)
 #include <cstdio>
+#include <cstring>
 #include <string>
 
 #include "foundation/Exceptions.h"
@@ -44,11 +45,12 @@ void PrintTree(const CXmlElement* element) {
 } // namespace
 
 int main(int argc, char** argv) {
-    if (argc < 2) {
-        std::fprintf(stderr, "usage: %s orders.xml\n", argv[0]);
+    bool gzip = argc > 1 && std::strcmp(argv[1], "--gzip") == 0;
+    if (argc != (gzip ? 3 : 2)) {
+        std::fprintf(stderr, "usage: %s [--gzip] orders.xml\n", argv[0]);
         return 2;
     }
-    const char* path = argv[1];
+    const char* path = argv[gzip ? 2 : 1];
     try {
         CSmartPtr<QzOrders::COrders> orders = new QzOrders::COrders();
         orders->FromXmlFile(path);
@@ -60,6 +62,22 @@ int main(int argc, char** argv) {
         CXmlDocument document;
         document.Load(path);
         PrintTree(document.GetDocumentElement());
+
+        // Written back in the orders namespace as default, one tab per level.
+        CSerializationContext context;
+        context.SetDefaultNamespaceURI(QzOrders::kOrdersNamespace);
+        std::printf("%s", orders->ToXml(true, true, EOLLf, context).c_str());
+
+        if (gzip) {
+            const std::string packed = std::string(path) + ".out.gz";
+            orders->ToXmlFile(packed.c_str(), true, true, EncodingUTF8, EOLLf, context, CompressionGzip);
+            CSmartPtr<QzOrders::COrders> again = new QzOrders::COrders();
+            again->FromXmlFile(packed.c_str(), context);
+            std::printf("%s: %zu orders read back, %s\n", packed.c_str(), again->GetOrders().size(),
+                        again->ToXml(true, true, EOLLf, context) == orders->ToXml(true, true, EOLLf, context)
+                            ? "identical"
+                            : "DIFFERENT");
+        }
     } catch (const CQzException& e) {
         std::fprintf(stderr, "%s\n", e.GetFullMessage().c_str());
         return 1;
