@@ -45,12 +45,21 @@ void PrintTree(const CXmlElement* element) {
 } // namespace
 
 int main(int argc, char** argv) {
-    bool gzip = argc > 1 && std::strcmp(argv[1], "--gzip") == 0;
-    if (argc != (gzip ? 3 : 2)) {
+    // --gzip may stand before or after the file name.
+    bool gzip = false;
+    const char* path = nullptr;
+    for (int i = 1; i < argc; ++i) {
+        if (std::strcmp(argv[i], "--gzip") == 0)
+            gzip = true;
+        else if (path == nullptr)
+            path = argv[i];
+        else
+            path = "";
+    }
+    if (path == nullptr || *path == '\0') {
         std::fprintf(stderr, "usage: %s [--gzip] orders.xml\n", argv[0]);
         return 2;
     }
-    const char* path = argv[gzip ? 2 : 1];
     try {
         CSmartPtr<QzOrders::COrders> orders = new QzOrders::COrders();
         orders->FromXmlFile(path);
