@@ -3,7 +3,6 @@
 
 #include <cstring>
 #include <memory>
-#include <typeinfo>
 
 #include "foundation/Exceptions.h"
 #include "foundation/TextStream.h"
@@ -78,8 +77,7 @@ inline void CXmlTextWriter::Put(const std::string& text) {
 
 CXmlTextWriter::CXmlTextWriter(CTextStream& stream)
     : CXmlWriter("CXmlTextWriter"), m_writeDefaultElementValues(false), m_indentChars("\t"), m_eolChars("\n"),
-      m_eolType(EOLLf), m_format(true), m_pStream(&stream), m_staged(0),
-      m_memoryStream(typeid(stream) == typeid(CTextStream)) {}
+      m_eolType(EOLLf), m_format(true), m_pStream(&stream), m_staged(0) {}
 
 CXmlTextWriter::~CXmlTextWriter() {
     // Text of a document abandoned half-way still reaches the stream.
@@ -141,8 +139,10 @@ void CXmlTextWriter::WriteStartDocument() {
 }
 
 void CXmlTextWriter::WriteHeaderDirective(const std::string& text) {
-    if (m_pContext != nullptr)
+    if (m_pContext != nullptr) {
+        Drain();
         throw CQzException(kMsgHeaderDirective);
+    }
     Put(text);
     WriteLineEnd();
     FlushIfFull();
@@ -270,8 +270,10 @@ void CXmlTextWriter::WriteString(const std::string& text, ItemType /*type*/, boo
 
 void CXmlTextWriter::WriteEndElement() {
     CXmlWriterContext* context = m_pContext;
-    if (context == nullptr)
+    if (context == nullptr) {
+        Drain();
         throw CQzException(kMsgNoOpenElement);
+    }
     if (context->IsStartTagOpen()) {
         context->CloseStartTag();
         Put("/>");
@@ -292,14 +294,14 @@ void CXmlTextWriter::WriteEndElement() {
         WriteLineEnd();
     FlushIfFull();
     PopContext();
-    if (m_pContext == nullptr)
-        Drain(); // the document element has ended: the stream holds the whole document
 }
 
 // ---------------------------------------------------------------------------
 // Attributes
 
-void CXmlTextWriter::ThrowAttributesAfterContent() const {
+void CXmlTextWriter::ThrowAttributesAfterContent() {
+    // Text written before the failure stays in the stream.
+    Drain();
     throw CQzException(kMsgAttributesBeforeElements);
 }
 
@@ -438,10 +440,6 @@ inline void CXmlTextWriter::WriteIndent(int depth) {
 }
 
 inline void CXmlTextWriter::FlushIfFull() {
-    // A plain memory stream's Flush does nothing, so inside the document element the
-    // staged text may wait for the next operation; the stream catches up at document level.
-    if (m_memoryStream && m_pContext != nullptr)
-        return;
     Drain();
     if (m_pStream->GetLength() >= kFlushThreshold)
         m_pStream->Flush();

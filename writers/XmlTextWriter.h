@@ -28,11 +28,9 @@ void AsyncToXmlFile(bool async);
 // an element without content comes out as "<a/>". Every write operation except
 // WriteRawElement ends by flushing the stream once it holds 4096 characters or more.
 //
-// Note: the writer stages text in a buffer of its own. On a plain CTextStream (whose Flush
-// does nothing) text written inside the document element may stay staged until a later
-// operation; the stream holds everything once the document element has ended, after
-// Close and after the writer's destruction. On any other stream, every operation hands
-// its text to the stream before it returns.
+// Each operation stages its text in a small buffer of the writer and hands it to the
+// stream in one piece before it returns (also when it throws), so between operations the
+// stream holds everything written and the flush rule sees the true length.
 class CXmlTextWriter : public CXmlWriter {
 public:
     // Borrows `stream`, which must outlive the writer. Format on, EOL type 1 ("\n"),
@@ -132,7 +130,7 @@ private:
     void WriteIndent(int depth);
     // Drains the staging, then flushes the stream once it holds 4096 characters or more.
     void FlushIfFull();
-    [[noreturn]] void ThrowAttributesAfterContent() const;
+    [[noreturn]] void ThrowAttributesAfterContent();
 
     bool m_writeDefaultElementValues;
     std::string m_indentChars;
@@ -143,8 +141,6 @@ private:
     // The indent characters repeated; a suffix of it is the indent of any depth that fits.
     std::string m_indentCache;
     size_t m_staged;
-    // The stream is exactly a CTextStream: text may stay staged inside the document element.
-    bool m_memoryStream;
     char m_stage[kStageCapacity + 1];
 };
 

@@ -509,24 +509,27 @@ TEST_F(XmlTextWriterTest, DeepDocumentWithFormatOff) {
 // ---------------------------------------------------------------------------
 // Staging
 
-// A plain memory stream holds the whole document once the document element has ended,
-// without Close, and everything written so far once the writer is gone.
-TEST(XmlTextWriterStagingTest, MemoryStreamCatchesUpAtDocumentLevel) {
+// Between operations a memory stream holds everything written so far: a start tag still
+// open, text written where the stream stands, and the text ahead of a failure.
+TEST(XmlTextWriterStagingTest, MemoryStreamHoldsTextAfterEveryOperation) {
     CTextStream stream;
-    {
-        CXmlTextWriter writer(stream);
-        writer.Open();
-        writer.WriteStartElement("r", "");
-        writer.WriteString("text", ItemString, false);
-        writer.WriteEndElement();
-        EXPECT_EQ("<r>text</r>\n", std::string(stream.GetText()));
-        writer.WriteComment("c");
-        EXPECT_EQ("<r>text</r>\n<!--c-->\n", std::string(stream.GetText()));
-        // A second document element, abandoned half-way.
-        writer.WriteStartElement("s", "");
-        writer.WriteAttributeString("a", "", "1", ItemString);
-    }
-    EXPECT_EQ("<r>text</r>\n<!--c-->\n<s a=\"1\"", std::string(stream.GetText()));
+    CXmlTextWriter writer(stream);
+    writer.Open();
+    writer.WriteStartElement("r", "");
+    EXPECT_EQ("<r", std::string(stream.GetText()));
+    writer.WriteComment("c");
+    EXPECT_EQ("<r<!--c-->\n", std::string(stream.GetText()));
+    writer.WriteInlineSchema("<s/>");
+    EXPECT_EQ("<r<!--c-->\n \n<s/>\n", std::string(stream.GetText()));
+    writer.WriteString("x", ItemString, false);
+    EXPECT_EQ("Attributes must be added before elements", MessageOf([&] { writer.WriteAttributeNil(); }));
+    EXPECT_EQ("<r<!--c-->\n \n<s/>\n>x", std::string(stream.GetText()));
+    EXPECT_EQ("Headed directives must appear before an Element has been added.",
+              MessageOf([&] { writer.WriteHeaderDirective("<!DOCTYPE r>"); }));
+    writer.WriteEndElement();
+    EXPECT_EQ("<r<!--c-->\n \n<s/>\n>x</r>\n", std::string(stream.GetText()));
+    writer.WriteHeaderDirective("<!-- after -->"); // no context again: accepted
+    EXPECT_EQ("<r<!--c-->\n \n<s/>\n>x</r>\n<!-- after -->\n", std::string(stream.GetText()));
 }
 
 // Texts longer than the staging area arrive whole and in order, around staged pieces.
