@@ -25,7 +25,10 @@ CXmlWriter::CXmlWriterContext::CXmlWriterContext(const std::string& localName, c
     : CInstanceMonitor("CXmlWriterContext"), m_childCount(0), m_startTagOpen(true),
       m_depth(parent->m_depth + 1), m_namespaceURI(uri), m_localName(localName), m_pParent(parent),
       m_hasAttributes(false), m_state(ContextStateNone), m_pNamespaceMap(parent->GetNamespaceMap()),
-      m_inherits(true), m_ownsMap(false), m_pStateOwner(parent->m_pStateOwner) {}
+      m_inherits(true), m_ownsMap(false), m_pStateOwner(parent->StateOwner()),
+      m_ownerEpoch(parent->m_pRoot->m_epoch), m_pRoot(parent->m_pRoot), m_epoch(0), m_hasDependents(false) {
+    parent->m_hasDependents = true;
+}
 
 CXmlWriter::CXmlWriterContext::CXmlWriterContext(const std::string& localName, const std::string& uri,
                                                  const std::string& defaultNamespace,
@@ -35,7 +38,8 @@ CXmlWriter::CXmlWriterContext::CXmlWriterContext(const std::string& localName, c
       m_namespaceURI(uri), m_localName(localName), m_pParent(parent), m_hasAttributes(false),
       m_state(ContextStateNone), m_defaultNamespace(defaultNamespace),
       m_pNamespaceMap(new std::map<std::string, std::string>(*namespaces)), m_inherits(false),
-      m_ownsMap(true), m_pStateOwner(this) {}
+      m_ownsMap(true), m_pStateOwner(this), m_ownerEpoch(0), m_pRoot(this), m_epoch(0),
+      m_hasDependents(false) {}
 
 CXmlWriter::CXmlWriterContext::~CXmlWriterContext() {
     if (m_ownsMap)
@@ -84,19 +88,28 @@ void CXmlWriter::CXmlWriterContext::ResetAsChild(const std::string& localName, c
     m_pNamespaceMap = parent->GetNamespaceMap();
     m_inherits = true;
     m_ownsMap = false;
-    m_pStateOwner = parent->m_pStateOwner;
+    m_pStateOwner = parent->StateOwner();
+    m_pRoot = parent->m_pRoot;
+    m_ownerEpoch = m_pRoot->m_epoch;
+    m_epoch = 0;
+    m_hasDependents = false;
+    parent->m_hasDependents = true;
 }
 
 void CXmlWriter::CXmlWriterContext::MakeIndependent(bool copyDefaultNamespace) {
     if (!m_inherits)
         return;
-    const CXmlWriterContext* owner = m_pStateOwner;
+    const CXmlWriterContext* owner = StateOwner();
     m_pNamespaceMap = new std::map<std::string, std::string>(*owner->m_pNamespaceMap);
     m_ownsMap = true;
     m_inherits = false;
     if (copyDefaultNamespace)
         m_defaultNamespace = owner->m_defaultNamespace;
     m_pStateOwner = this;
+    // Descendants made earlier must find this context's state from now on.
+    if (m_hasDependents)
+        ++m_pRoot->m_epoch;
+    m_ownerEpoch = m_pRoot->m_epoch;
 }
 
 // ---------------------------------------------------------------------------

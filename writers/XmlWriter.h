@@ -119,8 +119,15 @@ public:
         bool m_inherits;
         bool m_ownsMap;
         // Shortcut to the context with own state (this one, once independent), so that
-        // answers cost no walk up a deep chain. Ancestors outlive their descendants.
-        const CXmlWriterContext* m_pStateOwner;
+        // answers cost no walk up a deep chain. Ancestors outlive their descendants. The
+        // shortcut is trusted while m_ownerEpoch matches the chain root's m_epoch, which
+        // moves whenever a context that has had children gets state of its own.
+        const CXmlWriterContext* StateOwner() const;
+        mutable const CXmlWriterContext* m_pStateOwner;
+        mutable unsigned long m_ownerEpoch;
+        CXmlWriterContext* m_pRoot;
+        unsigned long m_epoch;
+        mutable bool m_hasDependents;
     };
 
     // Maps XML_NAMESPACE to "xml"; `monitorName` goes to CInstanceMonitor.
@@ -197,12 +204,23 @@ private:
 
 // End of public interface. Inline bodies of the calls made once per element follow.
 
+inline const CXmlWriter::CXmlWriterContext* CXmlWriter::CXmlWriterContext::StateOwner() const {
+    if (m_ownerEpoch != m_pRoot->m_epoch) {
+        const CXmlWriterContext* owner = this;
+        while (owner->m_inherits && owner->m_pParent != nullptr)
+            owner = owner->m_pParent;
+        m_pStateOwner = owner;
+        m_ownerEpoch = m_pRoot->m_epoch;
+    }
+    return m_pStateOwner;
+}
+
 inline const std::string& CXmlWriter::CXmlWriterContext::GetDefaultNamespace() const {
-    return m_pStateOwner->m_defaultNamespace;
+    return StateOwner()->m_defaultNamespace;
 }
 
 inline std::map<std::string, std::string>* CXmlWriter::CXmlWriterContext::GetNamespaceMap() const {
-    return m_pStateOwner->m_pNamespaceMap;
+    return StateOwner()->m_pNamespaceMap;
 }
 
 inline CXmlWriter::CXmlWriterContext* CXmlWriter::CXmlWriterContext::DetachParent() {
@@ -218,6 +236,7 @@ inline void CXmlWriter::CXmlWriterContext::ReleaseState() {
     m_ownsMap = false;
     m_inherits = true;
     m_pStateOwner = this;
+    m_hasDependents = false;
 }
 
 inline void CXmlWriter::PopContext() {

@@ -209,3 +209,35 @@ TEST(CXmlWriterTest, DeepOpenChainIsDestroyedWithWriter) {
     EXPECT_EQ(1000000, writer->GetContext()->GetDepth());
     delete writer;
 }
+
+// Contexts built by hand: an ancestor that gets state of its own after its descendants
+// exist is what they answer from, as a walk up the chain would find it.
+TEST(CXmlWriterTest, DescendantsFollowAnAncestorThatBecomesIndependent) {
+    using Context = CXmlWriter::CXmlWriterContext;
+    Map declared{{"urn:r", "r"}};
+    Context* root = new Context("root", "", "urn:def", &declared, nullptr);
+    Context* child = new Context("child", "", root);
+    Context* grandchild = new Context("grandchild", "", child);
+    EXPECT_EQ(root->GetNamespaceMap(), grandchild->GetNamespaceMap());
+
+    child->SetNamespaceMapValue("urn:c", "c");
+    EXPECT_FALSE(child->GetInherits());
+    EXPECT_TRUE(grandchild->GetInherits());
+    EXPECT_EQ(child->GetNamespaceMap(), grandchild->GetNamespaceMap());
+    EXPECT_EQ("c", grandchild->GetNamespaceMapValue("urn:c"));
+    EXPECT_EQ("r", grandchild->GetNamespaceMapValue("urn:r"));
+    EXPECT_EQ("urn:def", grandchild->GetDefaultNamespace()); // copied from the root
+    EXPECT_EQ(0u, root->GetNamespaceMap()->count("urn:c"));
+
+    // An unknown URI lands, with an empty prefix, in the nearest map with own state.
+    EXPECT_EQ("", grandchild->GetNamespaceMapValue(std::string("urn:unknown")));
+    EXPECT_EQ(1u, child->GetNamespaceMap()->count("urn:unknown"));
+    EXPECT_EQ(0u, root->GetNamespaceMap()->count("urn:unknown"));
+
+    child->SetDefaultNamespace("urn:other");
+    EXPECT_EQ("urn:other", grandchild->GetDefaultNamespace());
+    EXPECT_EQ("urn:def", root->GetDefaultNamespace());
+    EXPECT_EQ(1u, declared.size()); // the document element copied the map it was given
+
+    delete grandchild; // takes the chain above it along
+}
