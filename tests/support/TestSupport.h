@@ -3,6 +3,7 @@
 #define QZXML_TESTS_SUPPORT_TESTSUPPORT_H
 
 #include "foundation/Exceptions.h"
+#include "tree/XmlElement.h"
 
 #include <string>
 
@@ -26,6 +27,14 @@ template <class E = QzXmlLib16::CQzException, class F> std::string MessageOf(F c
         }
     }
     return "<no exception>";
+}
+
+// The child of `parent` at 0-based `index`, or null when there are fewer children.
+inline QzXmlLib16::CXmlElement* Child(QzXmlLib16::CXmlElement* parent, int index) {
+    QzXmlLib16::CXmlElement* child = parent->GetFirstElement();
+    for (int i = 0; child && i < index; ++i)
+        child = child->GetNextSiblingElement();
+    return child;
 }
 
 } // namespace QzTest

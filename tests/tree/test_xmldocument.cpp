@@ -14,10 +14,14 @@
 #include "foundation/Exceptions.h"
 #include "tree/ExpatReader.h"
 #include "tree/XmlDocument.h"
+#include "support/TestSupport.h"
 
 using namespace QzXmlLib16;
 
 namespace {
+
+using QzTest::Child;
+using QzTest::MessageOf;
 
 // A file under the test temp directory, removed at the end of the test.
 class TempFile {
@@ -36,23 +40,6 @@ public:
 private:
     std::string m_path;
 };
-
-// The message of the CQzException a call throws, or "<no exception>".
-template <class F> std::string MessageOf(F call) {
-    try {
-        call();
-    } catch (const CQzException& e) {
-        return e.GetMessage();
-    }
-    return "<no exception>";
-}
-
-CXmlElement* Child(CXmlElement* parent, int index) {
-    CXmlElement* child = parent->GetFirstElement();
-    for (int i = 0; child && i < index; ++i)
-        child = child->GetNextSiblingElement();
-    return child;
-}
 
 } // namespace
 

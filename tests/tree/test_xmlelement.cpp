@@ -7,19 +7,11 @@
 #include <vector>
 
 #include "tree/XmlDocument.h"
+#include "support/TestSupport.h"
 
 using namespace QzXmlLib16;
 
-namespace {
-
-CXmlElement* Child(CXmlElement* parent, int index) {
-    CXmlElement* child = parent->GetFirstElement();
-    for (int i = 0; child && i < index; ++i)
-        child = child->GetNextSiblingElement();
-    return child;
-}
-
-} // namespace
+using QzTest::Child;
 
 // --- Predicates and paths
 
