@@ -16,6 +16,8 @@
 #include "orders/Orders.h"
 #include "tree/XmlDocument.h"
 
+#include "OrdersDocument.h"
+
 using namespace QzXmlLib16;
 
 namespace {
@@ -24,38 +26,8 @@ namespace {
 
 const int kOrderCount = 12500;
 
-std::string DocumentPath() {
-    if (const char* given = std::getenv("QZXML_BENCH_ORDERS"))
-        return given;
-    const std::string path = "/tmp/qzxml_bench_orders_" + std::to_string(kOrderCount) + ".xml";
-    if (FILE* file = std::fopen(path.c_str(), "rb")) {
-        std::fclose(file);
-        return path;
-    }
-    const std::string command = "python3 " QZXML_BENCH_DIR "/../examples/orders/gen_orders.py " +
-                                std::to_string(kOrderCount) + " " + path;
-    if (std::system(command.c_str()) != 0) {
-        std::fprintf(stderr, "cannot generate %s\n", path.c_str());
-        std::exit(1);
-    }
-    return path;
-}
-
 const std::vector<unsigned char>& Document() {
-    static std::vector<unsigned char> bytes = [] {
-        std::vector<unsigned char> data;
-        FILE* file = std::fopen(DocumentPath().c_str(), "rb");
-        if (!file) {
-            std::fprintf(stderr, "cannot read the document\n");
-            std::exit(1);
-        }
-        unsigned char buffer[65536];
-        size_t n;
-        while ((n = std::fread(buffer, 1, sizeof buffer, file)) > 0)
-            data.insert(data.end(), buffer, buffer + n);
-        std::fclose(file);
-        return data;
-    }();
+    static const std::vector<unsigned char> bytes = QzBench::ReadFileBytes(QzBench::OrdersDocumentPath(kOrderCount));
     return bytes;
 }
 

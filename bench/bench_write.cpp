@@ -11,6 +11,8 @@
 #include "foundation/Exceptions.h"
 #include "orders/Orders.h"
 
+#include "OrdersDocument.h"
+
 using namespace QzXmlLib16;
 using namespace QzOrders;
 
@@ -20,20 +22,7 @@ namespace {
 
 const int kOrderCount = 12500;
 
-std::string DocumentPath() {
-    const std::string path = "/tmp/qzxml_bench_orders_" + std::to_string(kOrderCount) + ".xml";
-    if (FILE* file = std::fopen(path.c_str(), "rb")) {
-        std::fclose(file);
-        return path;
-    }
-    const std::string command = "python3 " QZXML_BENCH_DIR "/../examples/orders/gen_orders.py " +
-                                std::to_string(kOrderCount) + " " + path;
-    if (std::system(command.c_str()) != 0) {
-        std::fprintf(stderr, "cannot generate %s\n", path.c_str());
-        std::exit(1);
-    }
-    return path;
-}
+std::string DocumentPath() { return QzBench::OrdersDocumentPath(kOrderCount); }
 
 // The writer's context: the orders namespace as default, so the output looks like the input.
 const CSerializationContext& Context() {
