@@ -45,62 +45,45 @@ private:
 
 // --- Text content
 
-TEST(CXmlDocumentText, TextAroundChildIsConcatenated) {
+// Text around children is concatenated; comments and processing instructions leave no
+// trace; line ends are normalised; a carriage return written as a reference is dropped from
+// text but kept in attribute values; entities are resolved in both.
+TEST(CXmlDocumentText, TextAndAttributeValues) {
+    const struct {
+        const char* xml;
+        const char* text;
+        const char* attribute; // value of "v"
+    } cases[] = {
+        {"<a>x<b/>y</a>", "xy", ""},
+        {"<a>\n <b/>\n</a>", "\n \n", ""},
+        {"<?xml version=\"1.0\"?><!DOCTYPE a><!-- c --><a>one<!-- m -->two<?pi data?>three</a><!-- e -->",
+         "onetwothree", ""},
+        {"<a v=\"1&#13;2\">x&#13;&#10;y&#13;</a>", "x\ny", "1\r2"},
+        {"<a>1\r\n2\r3</a>", "1\n2\n3", ""},
+        {"<a v=\"&lt;&amp;&quot;\">&lt;&gt;&amp;&apos;&#65;</a>", "<>&'A", "<&\""},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.xml);
+        CXmlDocument doc;
+        doc.LoadXml(c.xml);
+        CXmlElement* a = doc.GetDocumentElement();
+        EXPECT_EQ("a", a->GetLocalName());
+        EXPECT_EQ(c.text, a->GetText());
+        EXPECT_EQ(c.attribute, a->GetAttribute("v", ""));
+    }
     CXmlDocument doc;
     doc.LoadXml("<a>x<b/>y</a>");
-    CXmlElement* a = doc.GetDocumentElement();
-    EXPECT_EQ("a", a->GetLocalName());
-    EXPECT_EQ("xy", a->GetText());
-    ASSERT_NE(nullptr, a->GetFirstElement());
-    EXPECT_EQ("b", a->GetFirstElement()->GetLocalName());
-    EXPECT_EQ(nullptr, a->GetFirstElement()->GetNextSiblingElement());
-}
-
-TEST(CXmlDocumentText, WhitespaceBetweenElementsStaysWithParent) {
-    CXmlDocument doc;
-    doc.LoadXml("<a>\n <b/>\n</a>");
-    EXPECT_EQ("\n \n", doc.GetDocumentElement()->GetText());
-}
-
-TEST(CXmlDocumentText, CommentsAndProcessingInstructionsLeaveNoTrace) {
-    CXmlDocument doc;
-    doc.LoadXml("<?xml version=\"1.0\"?><!DOCTYPE a><!-- c --><a>one<!-- middle -->two<?pi "
-                "data?>three</a><!-- e -->");
-    CXmlElement* a = doc.GetDocumentElement();
-    EXPECT_EQ("onetwothree", a->GetText());
-    EXPECT_EQ(nullptr, a->GetFirstElement());
-}
-
-// A carriage return written as a reference reaches the reader; text drops it, attribute
-// values keep it.
-TEST(CXmlDocumentText, CharacterReferenceForCarriageReturn) {
-    CXmlDocument doc;
-    doc.LoadXml("<a v=\"1&#13;2\">x&#13;&#10;y&#13;</a>");
-    CXmlElement* a = doc.GetDocumentElement();
-    EXPECT_EQ("x\ny", a->GetText());
-    EXPECT_EQ("1\r2", a->GetAttribute("v", ""));
-}
-
-TEST(CXmlDocumentText, LineEndsAreNormalisedByTheParser) {
-    CXmlDocument doc;
-    doc.LoadXml("<a>1\r\n2\r3</a>");
-    EXPECT_EQ("1\n2\n3", doc.GetDocumentElement()->GetText());
-}
-
-TEST(CXmlDocumentText, EntitiesAreResolved) {
-    CXmlDocument doc;
-    doc.LoadXml("<a t=\"&lt;&amp;&quot;\">&lt;&gt;&amp;&apos;&#65;</a>");
-    EXPECT_EQ("<>&'A", doc.GetDocumentElement()->GetText());
-    EXPECT_EQ("<&\"", doc.GetDocumentElement()->GetAttribute("t", ""));
+    ASSERT_NE(nullptr, Child(doc.GetDocumentElement(), 0));
+    EXPECT_EQ("b", Child(doc.GetDocumentElement(), 0)->GetLocalName());
+    EXPECT_EQ(nullptr, Child(doc.GetDocumentElement(), 1));
 }
 
 TEST(CXmlDocumentText, LongTextArrivingInPiecesIsWhole) {
-    std::string body;
-    for (int i = 0; i < 20000; ++i)
+    std::string body, expected;
+    for (int i = 0; i < 20000; ++i) {
         body += (i % 7 == 0) ? "&amp;" : "abcdefgh";
-    std::string expected;
-    for (int i = 0; i < 20000; ++i)
         expected += (i % 7 == 0) ? "&" : "abcdefgh";
+    }
     CXmlDocument doc;
     doc.LoadXml(("<a>" + body + "</a>").c_str());
     EXPECT_EQ(expected, doc.GetDocumentElement()->GetText());
@@ -108,24 +91,15 @@ TEST(CXmlDocumentText, LongTextArrivingInPiecesIsWhole) {
 
 // --- CDATA
 
-TEST(CXmlDocumentCdata, MarkersStayWhenNotStripped) {
+TEST(CXmlDocumentCdata, StrippedByDefaultMarkersKeptOnRequest) {
+    CXmlDocument plain;
+    plain.LoadXml("<a><![CDATA[1<2]]></a>");
+    EXPECT_EQ("1<2", plain.GetDocumentElement()->GetText());
     CSerializationContext context;
     context.SetStripCDATA(false);
     CXmlDocument doc(context);
     doc.LoadXml("<a>x<![CDATA[1<2]]>y</a>");
     EXPECT_EQ("x<![CDATA[1<2]]>y", doc.GetDocumentElement()->GetText());
-}
-
-TEST(CXmlDocumentCdata, StrippedByDefault) {
-    CXmlDocument doc;
-    doc.LoadXml("<a><![CDATA[1<2]]></a>");
-    EXPECT_EQ("1<2", doc.GetDocumentElement()->GetText());
-}
-
-TEST(CXmlDocumentCdata, EmptySectionKeepsItsMarkers) {
-    CSerializationContext context;
-    context.SetStripCDATA(false);
-    CXmlDocument doc(context);
     doc.LoadXml("<a><![CDATA[]]></a>");
     EXPECT_EQ("<![CDATA[]]>", doc.GetDocumentElement()->GetText());
 }
@@ -325,17 +299,23 @@ TEST(CXmlDocumentLoad, NarrowTextFollowsItsDeclaration) {
     EXPECT_EQ("\xC3\xA9", doc.GetDocumentElement()->GetText());
 }
 
-TEST(CXmlDocumentLoad, DocumentCanBeLoadedAgain) {
+// Reloading, Cleanup and Init each release what the document held (the sanitizer build sees
+// any leak).
+TEST(CXmlDocumentLoad, DocumentCanBeLoadedAgainAndCleared) {
     CXmlDocument doc;
     doc.LoadXml("<a xmlns:p=\"urn:p\"><b/></a>");
     doc.LoadXml("<c/>");
     EXPECT_EQ("c", doc.GetDocumentElement()->GetLocalName());
     EXPECT_EQ(nullptr, doc.GetDocumentElement()->GetFirstElement());
     EXPECT_TRUE(doc.GetNamespaceMap().empty());
-    doc.Cleanup();
-    EXPECT_EQ(nullptr, doc.GetDocumentElement());
-    EXPECT_EQ(nullptr, doc.GetBuffer());
-    EXPECT_EQ(0u, doc.GetBufferSize());
+    for (bool init : {false, true}) {
+        doc.LoadXml("<a><b/></a>");
+        init ? doc.Init() : doc.Cleanup();
+        EXPECT_EQ(nullptr, doc.GetDocumentElement());
+        EXPECT_EQ(nullptr, doc.GetBuffer());
+        EXPECT_EQ(0u, doc.GetBufferSize());
+        EXPECT_EQ(nullptr, doc.GetOpenElement());
+    }
 }
 
 TEST(CXmlDocumentLoad, AsyncFromXmlFileOnlyStoresTheFlag) {
@@ -349,7 +329,8 @@ TEST(CXmlDocumentLoad, AsyncFromXmlFileOnlyStoresTheFlag) {
     EXPECT_FALSE(ASYNC_FROMXMLFILE);
 }
 
-TEST(CXmlDocumentLoad, FileLengthRestoresThePosition) {
+// The length of a file leaves its position alone; a pipe has no length.
+TEST(CXmlDocumentLoad, FileLength) {
     TempFile file("0123456789");
     FILE* f = std::fopen(file.Path(), "rb");
     ASSERT_NE(nullptr, f);
@@ -357,12 +338,9 @@ TEST(CXmlDocumentLoad, FileLengthRestoresThePosition) {
     EXPECT_EQ(10, _filelength(f));
     EXPECT_EQ(3, std::ftell(f));
     std::fclose(f);
-}
-
-TEST(CXmlDocumentLoad, FileLengthOfAPipeIsMinusOne) {
     int fds[2];
     ASSERT_EQ(0, pipe(fds));
-    FILE* f = fdopen(fds[0], "r");
+    f = fdopen(fds[0], "r");
     ASSERT_NE(nullptr, f);
     EXPECT_EQ(-1, _filelength(f));
     std::fclose(f);
@@ -384,31 +362,29 @@ TEST(CXmlDocumentErrors, EmptyStringAndStream) {
     EXPECT_EQ("XML Stream is empty!", MessageOf([&] { doc.LoadXmlStream(nullptr, 5); }));
 }
 
-TEST(CXmlDocumentErrors, MalformedXmlReportsExpatTextAndLine) {
+// Malformed text, undeclared prefixes and bad UTF-8 (the last an overlong "<") report the
+// parser's text and line.
+TEST(CXmlDocumentErrors, MalformedXmlReportsParserTextAndLine) {
+    const struct {
+        const char* xml;
+        const char* message;
+    } cases[] = {
+        {"<a>\n<b>\n</a>", "mismatched tag at line 3"},
+        {"<a/><b/>", "junk after document element at line 1"},
+        {"<a>", "no element found at line 1"},
+        {"   ", "no element found at line 1"},
+        {"hello", "syntax error at line 1"},
+        {"<a x='1' x='2'/>", "duplicate attribute at line 1"},
+        {"<a>\n&nope;</a>", "undefined entity at line 2"},
+        {"<p:a/>", "unbound prefix at line 1"},
+        {"<r>\n<a q:x='1'/></r>", "unbound prefix at line 2"},
+        {"<a>\xC3\x28</a>", "not well-formed (invalid token) at line 1"},
+        {"<a>\xFF</a>", "not well-formed (invalid token) at line 1"},
+        {"<a>\xC0\xBC</a>", "not well-formed (invalid token) at line 1"},
+    };
     CXmlDocument doc;
-    EXPECT_EQ("mismatched tag at line 3", MessageOf([&] { doc.LoadXml("<a>\n<b>\n</a>"); }));
-    EXPECT_EQ("junk after document element at line 1", MessageOf([&] { doc.LoadXml("<a/><b/>"); }));
-    EXPECT_EQ("no element found at line 1", MessageOf([&] { doc.LoadXml("<a>"); }));
-    EXPECT_EQ("no element found at line 1", MessageOf([&] { doc.LoadXml("   "); }));
-    EXPECT_EQ("syntax error at line 1", MessageOf([&] { doc.LoadXml("hello"); }));
-    EXPECT_EQ("duplicate attribute at line 1", MessageOf([&] { doc.LoadXml("<a x='1' x='2'/>"); }));
-    EXPECT_EQ("undefined entity at line 2", MessageOf([&] { doc.LoadXml("<a>\n&nope;</a>"); }));
-}
-
-TEST(CXmlDocumentErrors, UndeclaredPrefix) {
-    CXmlDocument doc;
-    EXPECT_EQ("unbound prefix at line 1", MessageOf([&] { doc.LoadXml("<p:a/>"); }));
-    EXPECT_EQ("unbound prefix at line 2", MessageOf([&] { doc.LoadXml("<r>\n<a q:x='1'/></r>"); }));
-}
-
-TEST(CXmlDocumentErrors, InvalidUtf8) {
-    CXmlDocument doc;
-    EXPECT_EQ("not well-formed (invalid token) at line 1",
-              MessageOf([&] { doc.LoadXml("<a>\xC3\x28</a>"); }));
-    EXPECT_EQ("not well-formed (invalid token) at line 1", MessageOf([&] { doc.LoadXml("<a>\xFF</a>"); }));
-    // An overlong form of "<".
-    EXPECT_EQ("not well-formed (invalid token) at line 1",
-              MessageOf([&] { doc.LoadXml("<a>\xC0\xBC</a>"); }));
+    for (const auto& c : cases)
+        EXPECT_EQ(c.message, MessageOf([&] { doc.LoadXml(c.xml); })) << c.xml;
 }
 
 // A failed parse leaves the partial tree in place until the next load or cleanup.
@@ -428,25 +404,17 @@ TEST(CXmlDocumentErrors, MissingFile) {
     EXPECT_EQ("Failed to open the file [].", MessageOf([&] { doc.Load(nullptr); }));
 }
 
-// An empty file is a read failure; no error number is set for it.
-TEST(CXmlDocumentErrors, EmptyFile) {
-    TempFile file("");
+// An empty file is a read failure with no error number; a directory fails with its own.
+TEST(CXmlDocumentErrors, UnreadableAndMalformedFiles) {
     CXmlDocument doc;
-    EXPECT_EQ(std::string("Failed to read the contents of the file [") + file.Path() + "] Error [0]",
-              MessageOf([&] { doc.Load(file.Path()); }));
-}
-
-TEST(CXmlDocumentErrors, DirectoryCannotBeRead) {
+    TempFile empty("");
+    EXPECT_EQ(std::string("Failed to read the contents of the file [") + empty.Path() + "] Error [0]",
+              MessageOf([&] { doc.Load(empty.Path()); }));
     std::string dir = ::testing::TempDir();
-    CXmlDocument doc;
     EXPECT_EQ("Failed to read the contents of the file [" + dir + "] Error [" + std::to_string(EISDIR) + "]",
               MessageOf([&] { doc.Load(dir.c_str()); }));
-}
-
-TEST(CXmlDocumentErrors, MalformedFileReportsLine) {
-    TempFile file("<a>\n\n<b></a>");
-    CXmlDocument doc;
-    EXPECT_EQ("mismatched tag at line 3", MessageOf([&] { doc.Load(file.Path()); }));
+    TempFile bad("<a>\n\n<b></a>", "qzxml_tree_bad.xml");
+    EXPECT_EQ("mismatched tag at line 3", MessageOf([&] { doc.Load(bad.Path()); }));
 }
 
 // An entity that expands without end is stopped by the parser.
@@ -501,33 +469,25 @@ TEST(CXmlDocumentCallback, DroppingEveryElementKeepsTheRoot) {
     EXPECT_EQ(nullptr, doc.GetDocumentElement()->GetFirstElement());
 }
 
-TEST(CXmlDocumentCallback, KeepingBuildsTheFullTree) {
+TEST(CXmlDocumentCallback, KeptElementsStayInOrder) {
     g_seen.clear();
     CXmlDocument doc(&RecordAndKeep);
     doc.LoadXml("<r><a><b/></a><c/></r>");
     EXPECT_EQ((std::vector<std::string>{"b", "a", "c", "r"}), g_seen);
     EXPECT_EQ("b", doc.GetDocumentElement()->GetFirstElement()->GetFirstElement()->GetLocalName());
-}
-
-TEST(CXmlDocumentCallback, SelectiveDropKeepsOrderOfTheRest) {
     CSerializationContext context;
-    CXmlDocument doc(&DropOnlyB, context);
-    doc.LoadXml("<r><a/><b/><c/><b/><d/></r>");
+    CXmlDocument selective(&DropOnlyB, context);
+    selective.LoadXml("<r><a/><b/><c/><b/><d/></r>");
     std::string names;
-    for (CXmlElement* e = doc.GetDocumentElement()->GetFirstElement(); e; e = e->GetNextSiblingElement())
-        names += e->GetLocalName();
+    for (int i = 0; Child(selective.GetDocumentElement(), i); ++i)
+        names += Child(selective.GetDocumentElement(), i)->GetLocalName();
     EXPECT_EQ("acd", names);
 }
 
 // An exception from the callback comes out of the load unchanged, with expat left in order.
 TEST(CXmlDocumentCallback, ExceptionFromCallbackPassesThrough) {
     CXmlDocument doc(&ThrowOnC);
-    try {
-        doc.LoadXml("<r><a/><c/><d/></r>");
-        FAIL() << "no exception";
-    } catch (const CQzInvalidValueException& e) {
-        EXPECT_EQ("stop at c", e.GetMessage());
-    }
+    EXPECT_EQ("stop at c", MessageOf<CQzInvalidValueException>([&] { doc.LoadXml("<r><a/><c/><d/></r>"); }));
     // The document remains usable.
     doc.LoadXml("<r><a/></r>");
     EXPECT_EQ("a", doc.GetDocumentElement()->GetFirstElement()->GetLocalName());
@@ -552,27 +512,10 @@ TEST(CXmlDocumentBuild, BuildingOperationsMakeATree) {
     EXPECT_EQ("abcdxy", child->GetText());
     EXPECT_EQ("v", child->GetAttribute("k", ""));
     EXPECT_EQ(nullptr, doc.GetOpenElement());
-    EXPECT_EQ("Failed to open the file [x].", MessageOf([&] { doc.Load("x"); }));
-    EXPECT_EQ(nullptr, doc.GetDocumentElement());
-}
-
-TEST(CXmlDocumentBuild, ChildWithoutOpenElementIsRefused) {
-    CXmlDocument doc;
-    doc.AddDocElement("", "root");
-    doc.EndElement();
     EXPECT_EQ("An element can only be added inside an open element",
               MessageOf([&] { doc.AddChildElement("", "late"); }));
-}
-
-// Init on a loaded document releases what it held (the sanitizer build sees any leak).
-TEST(CXmlDocumentBuild, InitReleasesTheLoadedTree) {
-    CXmlDocument doc;
-    doc.LoadXml("<a><b/></a>");
-    doc.Init();
+    EXPECT_EQ("Failed to open the file [x].", MessageOf([&] { doc.Load("x"); }));
     EXPECT_EQ(nullptr, doc.GetDocumentElement());
-    EXPECT_EQ(nullptr, doc.GetBuffer());
-    EXPECT_EQ(0u, doc.GetBufferSize());
-    EXPECT_EQ(nullptr, doc.GetOpenElement());
 }
 
 // --- The reader's handlers, driven by hand as a parser would
