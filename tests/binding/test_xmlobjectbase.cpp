@@ -101,15 +101,22 @@ private:
 
 // --- Reference counting
 
+// A new object and a copy each start at zero; the last release deletes. The copy takes the
+// element name but not the count.
 TEST(CXmlObjectBaseRefCount, NewObjectStartsAtZeroAndLastReleaseDeletes) {
     int destroyed = 0;
     CProbe* probe = new CProbe(&destroyed);
     EXPECT_EQ(1, probe->AddRef());
     EXPECT_EQ(2, probe->AddRef());
-    EXPECT_EQ(1, probe->Release());
-    EXPECT_EQ(0, destroyed);
-    EXPECT_EQ(0, probe->Release());
+    probe->SetElementName("x");
+    CProbe* copy = new CProbe(*probe);
+    EXPECT_EQ("x", copy->GetElementName());
+    EXPECT_EQ(1, copy->AddRef());
+    EXPECT_EQ(0, copy->Release());
     EXPECT_EQ(1, destroyed);
+    EXPECT_EQ(1, probe->Release());
+    EXPECT_EQ(0, probe->Release());
+    EXPECT_EQ(2, destroyed);
 }
 
 TEST(CXmlObjectBaseRefCount, SmartPointerHoldsAndReleases) {
@@ -144,22 +151,30 @@ TEST(CXmlObjectBaseRefCount, SelfAssignmentKeepsTheObject) {
     EXPECT_EQ(1, destroyed);
 }
 
+// A null pointer in each spelling a raw pointer takes; a move takes over without counting.
 TEST(CXmlObjectBaseRefCount, MovesAndNulls) {
     int destroyed = 0;
-    CSmartPtr<CProbe> empty;
-    EXPECT_TRUE(empty == nullptr);
-    EXPECT_FALSE(empty);
-    CSmartPtr<CProbe> a = new CProbe(&destroyed);
-    CSmartPtr<CProbe> b(std::move(a));
-    EXPECT_EQ(nullptr, a.Get());
-    EXPECT_EQ(2, b->AddRef()); // the move took over the single reference
-    b->Release();
-    std::vector<CSmartPtr<CProbe>> list;
-    list.push_back(b);
-    list.push_back(b);
-    b = nullptr;
-    list.clear();
+    CSmartPtr<CProbe> a = NULL;
+    CSmartPtr<CProbe> b(0);
+    CSmartPtr<CProbe> c = nullptr;
+    EXPECT_TRUE(a == NULL && NULL == a && b == 0 && c == nullptr && !c);
+    c = new CProbe(&destroyed);
+    EXPECT_TRUE(c != NULL && c != 0 && c != nullptr);
+    CProbe* raw = c;
+    CXmlObjectBase* base = c;
+    EXPECT_EQ(raw, base);
+    c = 0;
     EXPECT_EQ(1, destroyed);
+    c = new CProbe(&destroyed);
+    CSmartPtr<CProbe> moved(std::move(c));
+    EXPECT_EQ(nullptr, c.Get());
+    EXPECT_EQ(2, moved->AddRef()); // the move took over the single reference
+    moved->Release();
+    std::vector<CSmartPtr<CProbe>> list(2, moved);
+    moved = NULL;
+    EXPECT_EQ(1, destroyed);
+    list.clear();
+    EXPECT_EQ(2, destroyed);
 }
 
 // Every assignment takes the new object before it releases the old one, the raw and the smart
@@ -188,25 +203,6 @@ TEST(CXmlObjectBaseRefCount, AssignmentTakesTheNewBeforeReleasingTheOld) {
     EXPECT_EQ("", log); // both were null at the end
 }
 
-// A null pointer in each spelling a raw pointer takes: construction, assignment, comparison.
-TEST(CXmlObjectBaseRefCount, NullInEverySpelling) {
-    int destroyed = 0;
-    CSmartPtr<CProbe> a = NULL;
-    CSmartPtr<CProbe> b(0);
-    CSmartPtr<CProbe> c = nullptr;
-    EXPECT_TRUE(a == NULL && NULL == a && b == 0 && c == nullptr && !c);
-    c = new CProbe(&destroyed);
-    EXPECT_TRUE(c != NULL && c != 0 && c != nullptr);
-    CProbe* raw = c;
-    CXmlObjectBase* base = c;
-    EXPECT_EQ(raw, base);
-    c = 0;
-    EXPECT_EQ(1, destroyed);
-    c = new CProbe(&destroyed);
-    c = NULL;
-    EXPECT_EQ(2, destroyed);
-}
-
 TEST(CXmlObjectBaseRefCount, CountsSurviveConcurrentCopies) {
     int destroyed = 0;
     CSmartPtr<CProbe> shared = new CProbe(&destroyed);
@@ -228,31 +224,17 @@ TEST(CXmlObjectBaseRefCount, CountsSurviveConcurrentCopies) {
     EXPECT_EQ(1, destroyed);
 }
 
-TEST(CXmlObjectBaseRefCount, CopyStartsWithItsOwnCount) {
-    CSmartPtr<CProbe> a = new CProbe();
-    a->SetElementName("x");
-    CProbe* copy = new CProbe(*a);
-    EXPECT_EQ("x", copy->GetElementName());
-    EXPECT_EQ(1, copy->AddRef());
-    copy->Release();
-    EXPECT_EQ(2, a->AddRef());
-    a->Release();
-}
+// --- Element name and property helpers
 
-// --- Element name and base
-
-TEST(CXmlObjectBaseNames, ElementNameAndBase) {
+TEST(CXmlObjectBaseHelpers, ElementNameAndBase) {
     CSmartPtr<CProbe> probe = new CProbe();
     EXPECT_EQ("", probe->GetElementName());
     probe->SetElementName("order");
-    EXPECT_EQ("order", probe->GetElementName());
     probe->SetElementName(nullptr);
     EXPECT_EQ("", probe->GetElementName());
     const CXmlObjectBase* constView = probe;
     EXPECT_EQ(static_cast<CXmlObjectBase*>(probe), constView->GetBase());
 }
-
-// --- Property helpers
 
 TEST(CXmlObjectBaseHelpers, PropertyIsNull) {
     CSmartPtr<CProbe> probe = new CProbe();
@@ -262,30 +244,26 @@ TEST(CXmlObjectBaseHelpers, PropertyIsNull) {
                   [] { CXmlObjectBase::Throw_IfPropertyIsNull(nullptr, "Customer"); }));
 }
 
-// The name that counts is that of the GetBase() object, not of the pointer given.
-TEST(CXmlObjectBaseHelpers, ElementNameDiffersAsksTheBase) {
+// A null object passes; the name that counts is that of the GetBase() object, not of the
+// pointer given.
+TEST(CXmlObjectBaseHelpers, ElementNameDiffers) {
     CSmartPtr<CProbe> inner = new CProbe();
-    inner->SetElementName("inner");
+    inner->SetElementName("billing");
     CSmartPtr<CProbe> outer = new CProbe();
     outer->SetElementName("outer");
-    outer->m_base = inner;
-    EXPECT_NO_THROW(CXmlObjectBase::Throw_IfElementNameDiffers(outer, "inner"));
-    EXPECT_EQ("This property requires an element with the name outer the element being set has the element "
-              "name inner",
-              MessageOf<CQzInvalidParamException>(
-                  [&] { CXmlObjectBase::Throw_IfElementNameDiffers(outer, "outer"); }));
-}
-
-TEST(CXmlObjectBaseHelpers, ElementNameDiffers) {
-    CSmartPtr<CProbe> probe = new CProbe();
-    probe->SetElementName("billing");
     EXPECT_NO_THROW(CXmlObjectBase::Throw_IfElementNameDiffers(nullptr, "shipping"));
-    EXPECT_NO_THROW(CXmlObjectBase::Throw_IfElementNameDiffers(probe, "billing"));
+    EXPECT_NO_THROW(CXmlObjectBase::Throw_IfElementNameDiffers(inner, "billing"));
     EXPECT_EQ(
         "This property requires an element with the name shipping the element being set has the element "
         "name billing",
         MessageOf<CQzInvalidParamException>(
-            [&] { CXmlObjectBase::Throw_IfElementNameDiffers(probe, "shipping"); }));
+            [&] { CXmlObjectBase::Throw_IfElementNameDiffers(inner, "shipping"); }));
+    outer->m_base = inner;
+    EXPECT_NO_THROW(CXmlObjectBase::Throw_IfElementNameDiffers(outer, "billing"));
+    EXPECT_EQ("This property requires an element with the name outer the element being set has the element "
+              "name billing",
+              MessageOf<CQzInvalidParamException>(
+                  [&] { CXmlObjectBase::Throw_IfElementNameDiffers(outer, "outer"); }));
 }
 
 // --- Choice helpers
@@ -327,18 +305,18 @@ TEST(CXmlObjectBaseChoice, SelectElement) {
     EXPECT_EQ("b", current);
 }
 
+// A count above zero selects the member, zero or less clears it only when it is the current one.
 TEST(CXmlObjectBaseChoice, CollectionChanged) {
+    const struct {
+        const char* name;
+        int count;
+        const char* after;
+    } steps[] = {{"a", 0, ""}, {"a", -1, ""}, {"a", 2, "a"}, {"a", 5, "a"}, {"b", 0, "a"}};
     std::string current;
-    CXmlObjectBase::Choice_CollectionChanged("a", 0, current);
-    EXPECT_EQ("", current);
-    CXmlObjectBase::Choice_CollectionChanged("a", -1, current);
-    EXPECT_EQ("", current);
-    CXmlObjectBase::Choice_CollectionChanged("a", 2, current);
-    EXPECT_EQ("a", current);
-    CXmlObjectBase::Choice_CollectionChanged("a", 5, current);
-    EXPECT_EQ("a", current);
-    CXmlObjectBase::Choice_CollectionChanged("b", 0, current);
-    EXPECT_EQ("a", current);
+    for (const auto& step : steps) {
+        CXmlObjectBase::Choice_CollectionChanged(step.name, step.count, current);
+        EXPECT_EQ(step.after, current) << step.name << " " << step.count;
+    }
     EXPECT_EQ("The Property [a] is already set. Only one element within this class bay be set at a time",
               MessageOf<CQzInvalidStateException>(
                   [&] { CXmlObjectBase::Choice_CollectionChanged("b", 1, current); }));
@@ -369,19 +347,21 @@ TEST(CXmlObjectBaseForwarders, StaticFormsReachTheProtectedVirtuals) {
 // --- From* entry points
 
 TEST(CXmlObjectBaseRead, EveryXmlFormReachesFromXmlInt) {
-    const std::string xml = "<root>t<first/><second/></root>";
+    const std::string xml = "<root>t<![CDATA[x]]><first/><second/></root>";
     CSerializationContext context;
+    context.SetStripCDATA(false); // the context reaches the parser
     CSmartPtr<CProbe> probe = new CProbe();
 
     probe->FromXml(xml.c_str(), context);
     EXPECT_EQ("root", probe->m_rootName);
     EXPECT_EQ("first", probe->m_firstChildName);
-    EXPECT_EQ("t", probe->m_text);
+    EXPECT_EQ("t<![CDATA[x]]>", probe->m_text);
     EXPECT_EQ(&context, probe->m_context);
     EXPECT_EQ("root", probe->GetElementName());
 
-    probe->FromXml(L"<wide><c/></wide>");
+    probe->FromXml(L"<wide><![CDATA[x]]><c/></wide>");
     EXPECT_EQ("wide", probe->m_rootName);
+    EXPECT_EQ("x", probe->m_text);
     EXPECT_EQ(&CSerializationContext::m_defaultContext, probe->m_context);
 
     std::vector<unsigned char> bytes(xml.begin(), xml.end());
@@ -413,9 +393,9 @@ TEST(CXmlObjectBaseRead, FromXmlElementReadsASubtree) {
     EXPECT_EQ("inner", probe->m_rootName);
     EXPECT_EQ("leaf", probe->m_firstChildName);
     EXPECT_EQ("x", probe->m_text);
-    EXPECT_EQ("The element to read from is NULL",
-              MessageOf<CQzInvalidParamException>(
-                  [&] { probe->FromXmlElement(static_cast<const CXmlElement*>(nullptr)); }));
+    EXPECT_EQ("The element to read from is NULL", MessageOf<CQzInvalidParamException>([&] {
+                  probe->FromXmlElement(static_cast<const CXmlElement*>(nullptr));
+              }));
     EXPECT_EQ(1, probe->m_reads);
 }
 
@@ -428,15 +408,4 @@ TEST(CXmlObjectBaseRead, LoadFailuresPassThrough) {
     EXPECT_EQ("Failed to open the file [/nonexistent/qzxml.xml].",
               MessageOf<CQzException>([&] { probe->FromXmlFile("/nonexistent/qzxml.xml"); }));
     EXPECT_EQ(0, probe->m_reads);
-}
-
-// The context reaches the parser: CDATA markers stay when they are not stripped.
-TEST(CXmlObjectBaseRead, ContextReachesTheParser) {
-    CSerializationContext context;
-    context.SetStripCDATA(false);
-    CSmartPtr<CProbe> probe = new CProbe();
-    probe->FromXml("<a><![CDATA[x]]></a>", context);
-    EXPECT_EQ("<![CDATA[x]]>", probe->m_text);
-    probe->FromXml("<a><![CDATA[x]]></a>");
-    EXPECT_EQ("x", probe->m_text);
 }
