@@ -8,6 +8,7 @@
 
 #include "foundation/Exceptions.h"
 #include "orders/Orders.h"
+#include "support/TestSupport.h"
 
 using namespace QzXmlLib16;
 using namespace QzOrders;
@@ -27,19 +28,11 @@ std::string Document(const std::string& orders) {
     return "<?xml version=\"1.0\"?><orders xmlns=\"urn:example:orders\">" + orders + "</orders>";
 }
 
-// The full message of the read failure, or "<no exception>".
-std::string ReadFailure(const std::string& xml, const CSerializationContext& context) {
+// The message of the read failure, or "<no exception>".
+std::string ReadFailure(const std::string& xml,
+                        const CSerializationContext& context = CSerializationContext()) {
     CSmartPtr<COrders> orders = new COrders();
-    try {
-        orders->FromXml(xml.c_str(), context);
-    } catch (const CQzException& e) {
-        return e.GetMessage();
-    }
-    return "<no exception>";
-}
-
-std::string ReadFailure(const std::string& xml) {
-    return ReadFailure(xml, CSerializationContext());
+    return QzTest::MessageOf([&] { orders->FromXml(xml.c_str(), context); });
 }
 
 } // namespace
@@ -97,24 +90,23 @@ TEST(OrdersExample, GeneratedDocumentFromFile) {
 }
 
 TEST(OrdersExample, ValidationFailuresCarryPaths) {
-    std::string noDate = kOrder;
-    noDate.erase(noDate.find("<date>"), std::string("<date>2020-02-29</date>").size());
-    EXPECT_EQ("The mandatory element [date] is missing\nPath: /orders/order", ReadFailure(Document(noDate)));
-
-    std::string badQty = kOrder;
-    badQty.replace(badQty.find(" 2 "), 3, "two");
-    EXPECT_EQ("The value [two] is not a valid int\nPath: /orders/order/items/item[1]/qty",
-              ReadFailure(Document(badQty)));
-
-    std::string noId = kOrder;
-    noId.erase(noId.find(" id=\"7\""), 7);
-    EXPECT_EQ("The mandatory attribute [id] is missing\nPath: /orders/order", ReadFailure(Document(noId)));
-
-    std::string extraAttribute = kOrder;
-    extraAttribute.insert(extraAttribute.find(" status"), " rush=\"yes\"");
-    EXPECT_EQ("The attribute [rush] is not expected here\nPath: /orders/order/@rush",
-              ReadFailure(Document(extraAttribute)));
-
+    const struct {
+        const char* find;
+        size_t length;
+        const char* replacement;
+        const char* message;
+    } edits[] = {
+        {"<date>", 23, "", "The mandatory element [date] is missing\nPath: /orders/order"},
+        {" 2 ", 3, "two", "The value [two] is not a valid int\nPath: /orders/order/items/item[1]/qty"},
+        {" id=\"7\"", 7, "", "The mandatory attribute [id] is missing\nPath: /orders/order"},
+        {" status", 0, " rush=\"yes\"",
+         "The attribute [rush] is not expected here\nPath: /orders/order/@rush"},
+    };
+    for (const auto& edit : edits) {
+        std::string xml = kOrder;
+        xml.replace(xml.find(edit.find), edit.length, edit.replacement);
+        EXPECT_EQ(edit.message, ReadFailure(Document(xml)));
+    }
     EXPECT_EQ("The mandatory element [order] is missing\nPath: /orders", ReadFailure(Document("")));
     EXPECT_EQ("The element [{urn:example:orders}orders] was expected, found [{}order]\nPath: /order",
               ReadFailure(kOrder));
@@ -156,13 +148,7 @@ TEST(OrdersExample, SettersCheckNullAndName) {
     order->SetCustomer(customer);
     EXPECT_EQ(customer.Get(), order->GetCustomer());
     customer->SetElementName("buyer");
-    try {
-        order->SetCustomer(customer);
-        FAIL() << "no exception";
-    } catch (const CQzInvalidParamException& e) {
-        EXPECT_EQ(
-            "This property requires an element with the name customer the element being set has the element "
-            "name buyer",
-            e.GetMessage());
-    }
+    EXPECT_EQ("This property requires an element with the name customer the element being set has the "
+              "element name buyer",
+              QzTest::MessageOf<CQzInvalidParamException>([&] { order->SetCustomer(customer); }));
 }
