@@ -3,6 +3,7 @@
 
 #include "foundation/ConvertUTF.h"
 #include "foundation/Exceptions.h"
+#include "support/TestSupport.h"
 
 #include <gtest/gtest.h>
 
@@ -32,11 +33,7 @@ void* operator new(std::size_t size) {
     throw std::bad_alloc();
 }
 void* operator new[](std::size_t size) {
-    if (g_countAllocations)
-        ++g_allocations;
-    if (void* p = std::malloc(size ? size : 1))
-        return p;
-    throw std::bad_alloc();
+    return operator new(size);
 }
 void operator delete(void* p) noexcept {
     std::free(p);
@@ -174,21 +171,16 @@ TEST(EncoderUtf8ToLocalTest, CallerBuffersAvoidTheHeap) {
         }
     }
 
-    std::string result;
-    g_allocations = 0;
-    g_countAllocations = true;
-    result = CEncoder::Utf8ToLocalCodePage(kMixed, wide, 512, narrow, 512); // 11 bytes: no string heap
-    g_countAllocations = false;
-    EXPECT_EQ(0, g_allocations);
-    EXPECT_EQ(kMixed, result);
-
-    std::setlocale(LC_ALL, "C");
-    g_allocations = 0;
-    g_countAllocations = true;
-    result = CEncoder::Utf8ToLocalCodePage(kMixed, wide, 512, narrow, 512);
-    g_countAllocations = false;
-    EXPECT_EQ(0, g_allocations);
-    EXPECT_EQ("a???z", result);
+    // 11 bytes fit the string's own space: no heap, in the UTF-8 locale and in "C".
+    for (const char* expected : {kMixed, "a???z"}) {
+        g_allocations = 0;
+        g_countAllocations = true;
+        std::string result = CEncoder::Utf8ToLocalCodePage(kMixed, wide, 512, narrow, 512);
+        g_countAllocations = false;
+        EXPECT_EQ(0, g_allocations);
+        EXPECT_EQ(expected, result);
+        std::setlocale(LC_ALL, "C");
+    }
 }
 
 // Text longer than any stack scratch space.
@@ -267,38 +259,27 @@ std::string FromUtf16BE(const std::string& bytes) {
 const std::string kBE("\0a\0\xE9\x20\xAC\xD8\x3D\xDE\x00\0z", 12); // a é € 😀 z, big-endian
 } // namespace
 
+// A broken surrogate ends the text; while ASCIIOnly is on the library holds UTF-8, and so does
+// the result. Long text leaves the stack buffers.
 TEST(EncoderUtf16Test, BigEndianBytesAreSwapped) {
     EXPECT_EQ("a???z", FromUtf16BE(kBE));
     EXPECT_EQ("", FromUtf16BE(std::string()));
     EXPECT_EQ("", FromUtf16BE(std::string("\0", 1)));
     EXPECT_EQ("a", FromUtf16BE(std::string("\0a\0", 3))); // the odd last byte is ignored
-    REQUIRE_UTF8_LOCALE(utf8);
-    EXPECT_EQ(kMixed, FromUtf16BE(kBE));
-}
-
-TEST(EncoderUtf16Test, BrokenSurrogateEndsTheText) {
     EXPECT_EQ("a", FromUtf16BE(std::string("\0a\xD8\x3D\0b", 6)));
     EXPECT_EQ("a", FromUtf16BE(std::string("\0a\xDE\x00\xD8\x3D", 6)));
-}
-
-// While ASCIIOnly is on the library holds UTF-8, and so does this result.
-TEST(EncoderUtf16Test, AsciiOnlyGivesUtf8) {
-    AsciiOnlyScope on(true);
-    EXPECT_EQ(kMixed, FromUtf16BE(kBE));
-}
-
-TEST(EncoderUtf16Test, LongTextLeavesTheStackBuffers) {
-    std::string be;
-    std::string expected;
+    std::string be, euros;
     for (int i = 0; i < 700; ++i) {
         be += std::string("\x20\xAC", 2);
-        expected += '?';
-    }
-    EXPECT_EQ(expected, FromUtf16BE(be));
-    REQUIRE_UTF8_LOCALE(utf8);
-    std::string euros;
-    for (int i = 0; i < 700; ++i)
         euros += "\xE2\x82\xAC";
+    }
+    EXPECT_EQ(std::string(700, '?'), FromUtf16BE(be));
+    {
+        AsciiOnlyScope on(true);
+        EXPECT_EQ(kMixed, FromUtf16BE(kBE));
+    }
+    REQUIRE_UTF8_LOCALE(utf8);
+    EXPECT_EQ(kMixed, FromUtf16BE(kBE));
     EXPECT_EQ(euros, FromUtf16BE(be));
 }
 
@@ -312,61 +293,42 @@ TEST(UnicodeToMultiByteTest, UsesTheLocaleAndIgnoresAsciiOnly) {
     EXPECT_EQ("a?", UnicodeToMultiByte(L"a\u00E9"));
 }
 
+// Every occurrence goes; the search starts again from the beginning, so occurrences formed by
+// a replacement go too.
 TEST(FindReplaceTest, ReplacesEveryOccurrence) {
-    std::string text = "aXa";
-    FindReplace(text, "a", "b");
-    EXPECT_EQ("bXb", text);
-
-    text = "1.000.000";
-    FindReplace(text, ".", "");
-    EXPECT_EQ("1000000", text);
-
-    text = "nothing here";
-    FindReplace(text, "zz", "y");
-    EXPECT_EQ("nothing here", text);
-
+    const struct {
+        const char* text;
+        const char* find;
+        const char* replacement;
+        const char* expected;
+    } cases[] = {
+        {"aXa", "a", "b", "bXb"},
+        {"1.000.000", ".", "", "1000000"},
+        {"nothing here", "zz", "y", "nothing here"},
+        {"aabb", "ab", "", ""},
+        {"xaaaa", "aa", "a", "xa"},
+        {"abcbc", "bc", "c", "acc"}, // "acbc" -> "acc"
+        {"xyz", "a", "aa", "xyz"},   // endless only where the loop would start
+    };
+    for (const auto& c : cases) {
+        std::string text = c.text;
+        FindReplace(text, c.find, c.replacement);
+        EXPECT_EQ(c.expected, text) << c.text << " " << c.find;
+    }
     std::wstring wide = L"x--y--z";
     FindReplace(wide, std::wstring(L"--"), std::wstring(L"+"));
     EXPECT_EQ(L"x+y+z", wide);
 }
 
-// The search starts again from the beginning, so occurrences formed by a replacement go too.
-TEST(FindReplaceTest, OccurrencesFormedByReplacementAreReplaced) {
-    std::string text = "aabb";
-    FindReplace(text, "ab", "");
-    EXPECT_EQ("", text);
-
-    text = "xaaaa";
-    FindReplace(text, "aa", "a");
-    EXPECT_EQ("xa", text);
-
-    text = "abcbc";
-    FindReplace(text, "bc", "c"); // "acbc" -> "acc"
-    EXPECT_EQ("acc", text);
-}
-
-// Arguments that would make the loop endless are refused, but only where the loop would start:
-// a text without the searched part is left alone, while an empty one is found in any text.
+// Arguments that would make the loop endless are refused; an empty search is found in any text.
 TEST(FindReplaceTest, EndlessArgumentsThrow) {
-    std::string absent = "xyz";
-    FindReplace(absent, "a", "aa");
-    EXPECT_EQ("xyz", absent);
     std::string empty;
     EXPECT_THROW(FindReplace(empty, "", "x"), CQzInvalidParamException);
-
     std::string text = "abc";
-    try {
-        FindReplace(text, "", "x");
-        FAIL() << "no exception";
-    } catch (const CQzInvalidParamException& e) {
-        EXPECT_EQ("FindReplace: the text to find is empty", e.GetMessage());
-    }
-    try {
-        FindReplace(text, "b", "bb");
-        FAIL() << "no exception";
-    } catch (const CQzInvalidParamException& e) {
-        EXPECT_EQ("FindReplace: the replacement contains the text to find", e.GetMessage());
-    }
+    EXPECT_EQ("FindReplace: the text to find is empty",
+              QzTest::MessageOf<CQzInvalidParamException>([&] { FindReplace(text, "", "x"); }));
+    EXPECT_EQ("FindReplace: the replacement contains the text to find",
+              QzTest::MessageOf<CQzInvalidParamException>([&] { FindReplace(text, "b", "bb"); }));
     EXPECT_EQ("abc", text);
     std::wstring wide = L"abc";
     EXPECT_THROW(FindReplace(wide, std::wstring(L"a"), std::wstring(L"xa")), CQzInvalidParamException);
