@@ -16,6 +16,7 @@
 #include <memory>
 #include <string>
 #include <thread>
+#include <typeinfo>
 
 using namespace QzXmlLib16;
 
@@ -30,6 +31,12 @@ TEST(ExceptionMessage, PathIsAppendedOnlyWhenNotEmpty) {
     CQzException withPath("Bad value", "/a/b[2]");
     EXPECT_EQ("Bad value\nPath: /a/b[2]", withPath.GetMessage());
     EXPECT_EQ("/a/b[2]", withPath.GetPath());
+
+    CQzInvalidValueException e("v"); // a class without path forms
+    EXPECT_EQ("v", e.GetMessage());
+    EXPECT_EQ("", e.GetPath());
+    CQzInvalidValueException withInner("w", CQzException("i"));
+    EXPECT_EQ("w\ni", withInner.GetFullMessage());
 }
 
 TEST(ExceptionMessage, FullMessagePrintsTheChainOutermostFirst) {
@@ -42,14 +49,6 @@ TEST(ExceptionMessage, FullMessagePrintsTheChainOutermostFirst) {
     CQzValidationException level2("b", "/x", level3);
     CQzException level1("a", level2);
     EXPECT_EQ("a\nb\nPath: /x\nc", level1.GetFullMessage());
-}
-
-TEST(ExceptionMessage, InvalidValueHasNoPathForms) {
-    CQzInvalidValueException e("v");
-    EXPECT_EQ("v", e.GetMessage());
-    EXPECT_EQ("", e.GetPath());
-    CQzInvalidValueException withInner("w", CQzException("i"));
-    EXPECT_EQ("w\ni", withInner.GetFullMessage());
 }
 
 TEST(ExceptionCopy, CloneKeepsDynamicClassAndIndependentInner) {
@@ -71,23 +70,22 @@ TEST(ExceptionCopy, CloneKeepsDynamicClassAndIndependentInner) {
 
 TEST(ExceptionCopy, EveryClassClonesToItself) {
     CQzException inner("i");
-    std::unique_ptr<CQzException> list[] = {
-        std::unique_ptr<CQzException>(CQzValidationException("m", "p", inner).Clone()),
-        std::unique_ptr<CQzException>(CQzInvalidNamespaceException("m", "p", inner).Clone()),
-        std::unique_ptr<CQzException>(CQzInvalidValueException("m", inner).Clone()),
-        std::unique_ptr<CQzException>(CQzInvalidStateException("m", inner).Clone()),
-        std::unique_ptr<CQzException>(CQzInvalidParamException("m", inner).Clone()),
-        std::unique_ptr<CQzException>(CQzOverFlowException("m", inner).Clone()),
-    };
-    EXPECT_NE(nullptr, dynamic_cast<CQzValidationException*>(list[0].get()));
-    EXPECT_NE(nullptr, dynamic_cast<CQzInvalidNamespaceException*>(list[1].get()));
-    EXPECT_NE(nullptr, dynamic_cast<CQzInvalidValueException*>(list[2].get()));
-    EXPECT_NE(nullptr, dynamic_cast<CQzInvalidStateException*>(list[3].get()));
-    EXPECT_NE(nullptr, dynamic_cast<CQzInvalidParamException*>(list[4].get()));
-    EXPECT_NE(nullptr, dynamic_cast<CQzOverFlowException*>(list[5].get()));
-    for (auto& e : list)
-        EXPECT_EQ("i", e->GetInnerException()->GetMessage());
-    EXPECT_EQ("m\nPath: p", list[1]->GetMessage());
+    CQzValidationException validation("m", "p", inner);
+    CQzInvalidNamespaceException ns("m", "p", inner);
+    CQzInvalidValueException value("m", inner);
+    CQzInvalidStateException state("m", inner);
+    CQzInvalidParamException param("m", inner);
+    CQzOverFlowException overflow("m", inner);
+    for (const CQzException* e :
+         {static_cast<const CQzException*>(&validation), static_cast<const CQzException*>(&ns),
+          static_cast<const CQzException*>(&value), static_cast<const CQzException*>(&state),
+          static_cast<const CQzException*>(&param), static_cast<const CQzException*>(&overflow)}) {
+        std::unique_ptr<CQzException> clone(e->Clone());
+        EXPECT_EQ(typeid(*e), typeid(*clone));
+        EXPECT_EQ(e->GetMessage(), clone->GetMessage());
+        EXPECT_EQ("i", clone->GetInnerException()->GetMessage());
+    }
+    EXPECT_EQ("m\nPath: p", ns.GetMessage());
 }
 
 TEST(ExceptionCopy, ConvertingConstructorsKeepMessagePathAndInner) {
@@ -125,16 +123,15 @@ TEST(FormatString, PlainConversions) {
     EXPECT_EQ("a-b", FormatString("%s-%s", "a", "b"));
     EXPECT_EQ("[  42]", FormatString("[%4d]", 42));
     EXPECT_EQ("ff FF 0x1f", FormatString("%x %X %#x", 255, 255, 31));
-    EXPECT_EQ("-9223372036854775808", FormatString("%lld", static_cast<long long>(-9223372036854775807LL - 1)));
+    EXPECT_EQ("-9223372036854775808",
+              FormatString("%lld", static_cast<long long>(-9223372036854775807LL - 1)));
     EXPECT_EQ("18446744073709551615", FormatString("%llu", 18446744073709551615ULL));
     EXPECT_EQ("1.5 2.5e+00 0.1", FormatString("%.1f %.1e %g", 1.5, 2.5, 0.1));
     EXPECT_EQ("abc", FormatString("%.3s", "abcdef"));
     EXPECT_EQ("c", FormatString("%c", 'c'));
     EXPECT_EQ("", FormatString(""));
-}
-
-TEST(FormatString, NullStringPrintsAsThePlatformDoes) {
-    // glibc prints "(null)", six characters, the length the formatter reserves.
+    EXPECT_EQ("12345678901", FormatString("%I64d", 12345678901LL));
+    // glibc prints a null string as "(null)", six characters, the length the formatter reserves.
     const char* volatile nullText = nullptr;
     EXPECT_EQ("(null)", FormatString("%s", nullText));
 }
@@ -157,13 +154,10 @@ TEST(FormatString, HugeFixedPointValueIsMeasuredExactly) {
 
 TEST(FormatString, PercentNPrintsTheNumberAndStoresNothing) {
     int errorNumber = 13;
-    EXPECT_EQ("Failed to read [a.xml] Error [13]", FormatString("Failed to read [%s] Error [%n]", "a.xml", errorNumber));
+    EXPECT_EQ("Failed to read [a.xml] Error [13]",
+              FormatString("Failed to read [%s] Error [%n]", "a.xml", errorNumber));
     EXPECT_EQ(13, errorNumber);
     EXPECT_EQ("x-2y", FormatString("x%ny", -2));
-}
-
-TEST(FormatString, SixtyFourBitModifierIsUnderstood) {
-    EXPECT_EQ("12345678901", FormatString("%I64d", 12345678901LL));
 }
 
 // "h" makes a string or character narrow and "l" wide; the capital letters alone are wide.

@@ -48,7 +48,7 @@ const std::string kUtf16Sample("a\0\xE9\0\xAC\x20\x3D\xD8\x00\xDE", 10);
 } // namespace
 
 // Note pinned: a default stream serves the to-string operations only; it collects text but refuses to
-// encode it.
+// encode it. A file stream with no usable encoding opens, but refuses at the first Flush.
 TEST(CTextStreamTest, DefaultStreamRefusesToEncode) {
     CTextStream stream;
     EXPECT_EQ(EncodingDefault, stream.GetEncoding());
@@ -57,6 +57,14 @@ TEST(CTextStreamTest, DefaultStreamRefusesToEncode) {
     EXPECT_EQ(kUnknownEncoding, MessageOf([&] { stream.GetEncodedStream(); }));
     CTextStream named("CXmlStringStream", EncodingDefault);
     EXPECT_EQ(kUnknownEncoding, MessageOf([&] { named.GetEncodedStream(); }));
+    TempDir dir;
+    std::string path = dir.File("default.xml");
+    CFileTextStream file(path.c_str(), EncodingDefault);
+    file.Open();
+    file.Append("<a/>");
+    EXPECT_EQ(kUnknownEncoding, MessageOf([&] { file.Flush(); }));
+    EXPECT_STREQ("<a/>", file.GetText()); // the text is intact
+    EXPECT_EQ("", ReadFile(path));
 }
 
 // The Append forms, the length, Open emptying the text and the text surviving Close.
@@ -262,25 +270,20 @@ TEST(CFileTextStreamTest, CloseWritesAnIncompleteTail) {
     EXPECT_EQ(kMark + std::string("a\0?\0?\0", 6), ReadFile(path));
 }
 
-// Destroying an open stream closes the file and loses the text not yet flushed.
-TEST(CFileTextStreamTest, DestructorClosesWithoutFlush) {
+// Destroying an open stream closes the file and loses the text not yet flushed; Open again
+// closes the first file and starts the second from scratch.
+TEST(CFileTextStreamTest, DestructorAndReopenDropUnflushedText) {
     TempDir dir;
-    std::string path = dir.File("lost.xml");
+    std::string lost = dir.File("lost.xml"), again = dir.File("again.xml");
     {
-        CFileTextStream stream(path.c_str(), EncodingUTF8);
+        CFileTextStream stream(lost.c_str(), EncodingUTF8);
         stream.Open();
         stream.Append("kept");
         stream.Flush();
         stream.Append("lost");
     }
-    EXPECT_EQ("kept", ReadFile(path));
-}
-
-// Open again closes the first file and starts the second from scratch.
-TEST(CFileTextStreamTest, ReopenStartsAgain) {
-    TempDir dir;
-    std::string path = dir.File("again.xml");
-    CFileTextStream stream(path.c_str(), EncodingUTF8);
+    EXPECT_EQ("kept", ReadFile(lost));
+    CFileTextStream stream(again.c_str(), EncodingUTF8);
     stream.Open();
     stream.Append("first");
     stream.Flush();
@@ -288,7 +291,7 @@ TEST(CFileTextStreamTest, ReopenStartsAgain) {
     stream.Open();
     stream.Append("second");
     stream.Close();
-    EXPECT_EQ("second", ReadFile(path));
+    EXPECT_EQ("second", ReadFile(again));
 }
 
 // Open of a path that can't be created names the path; no directory is created.
@@ -323,16 +326,4 @@ TEST(CFileTextStreamTest, WriteFailuresRaise) {
     CFileTextStream unopened("/dev/null", EncodingUTF8);
     unopened.Append("x");
     EXPECT_EQ("Failed to write data to the file", MessageOf([&] { unopened.Flush(); }));
-}
-
-// A file stream with no usable encoding opens, but refuses at the first Flush.
-TEST(CFileTextStreamTest, DefaultEncodingRefusedAtFlush) {
-    TempDir dir;
-    std::string path = dir.File("default.xml");
-    CFileTextStream stream(path.c_str(), EncodingDefault);
-    stream.Open();
-    stream.Append("<a/>");
-    EXPECT_EQ(kUnknownEncoding, MessageOf([&] { stream.Flush(); }));
-    EXPECT_STREQ("<a/>", stream.GetText()); // the text is intact
-    EXPECT_EQ("", ReadFile(path));
 }

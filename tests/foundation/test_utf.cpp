@@ -104,13 +104,10 @@ TEST(ConvertUTFTest, IllegalUTF8SequencesAreRefused) {
 
 // Counting mode gives 0 on bad input; writing mode gives what came before the bad unit.
 TEST(ConvertUTFTest, CountingGivesZeroWritingStopsAtError) {
-    std::vector<UTF8> lone = U8("ab\xC0");
-    EXPECT_EQ(0u, Count8to32(lone));
-    EXPECT_EQ((std::vector<UTF32>{'a', 'b'}), Decode8(lone));
-
-    std::vector<UTF8> middle = U8("ab\xC0x");
-    EXPECT_EQ(0u, Count8to32(middle));
-    EXPECT_EQ(2u, Decode8(middle).size());
+    for (const char* bad : {"ab\xC0", "ab\xC0x"}) {
+        EXPECT_EQ(0u, Count8to32(U8(bad)));
+        EXPECT_EQ((std::vector<UTF32>{'a', 'b'}), Decode8(U8(bad)));
+    }
 
     // A sequence cut off by the source end: the euro sign without its last byte.
     std::vector<UTF8> cut = U8("x\xE2\x82");
@@ -122,6 +119,10 @@ TEST(ConvertUTFTest, CountingGivesZeroWritingStopsAtError) {
     UTF16 out[4];
     EXPECT_EQ(0u, ConvertUTF8toUTF16(cut.data(), cut.data() + cut.size(), nullptr, nullptr));
     EXPECT_EQ(1u, ConvertUTF8toUTF16(cut.data(), cut.data() + cut.size(), out, out + 4));
+    // An empty source gives 0 in both modes and is no legal sequence.
+    EXPECT_EQ(0u, ConvertUTF8toUTF16(cut.data(), cut.data(), out, out + 4));
+    EXPECT_EQ(0u, Count8to32({}));
+    EXPECT_FALSE(IsLegalUTF8Sequence(cut.data(), cut.data()));
 }
 
 // A full target stops before a character that does not fit whole; nothing of it is written.
@@ -174,14 +175,6 @@ TEST(ConvertUTFTest, BrokenSurrogatesInUTF16) {
         EXPECT_EQ(1u, ConvertUTF16toUTF32(cases[i], cases[i] + lengths[i], out, out + 3)) << i;
         EXPECT_EQ(0u, ConvertUTF16toUTF8(cases[i], cases[i] + lengths[i], nullptr, nullptr)) << i;
     }
-}
-
-TEST(ConvertUTFTest, EmptySourceGivesZero) {
-    UTF32 out[1];
-    const UTF8* none = reinterpret_cast<const UTF8*>("");
-    EXPECT_EQ(0u, ConvertUTF8toUTF32(none, none, out, out + 1));
-    EXPECT_EQ(0u, ConvertUTF8toUTF32(none, none, nullptr, nullptr));
-    EXPECT_FALSE(IsLegalUTF8Sequence(none, none));
 }
 
 // Buffers of char, wchar_t, char16_t and char32_t reach the same routines as the UTF typedefs,
