@@ -41,6 +41,20 @@ private:
     std::string m_path;
 };
 
+// A compact picture of an element and its subtree: {uri}name, then @{uri}name=value for each
+// attribute in order, the text in quotes and the children in brackets.
+std::string Dump(CXmlElement* e) {
+    std::string out = "{" + e->GetNamespaceURI() + "}" + e->GetLocalName();
+    for (const auto& a : e->GetAttributes())
+        out += " @{" + a->GetNamespaceURI() + "}" + a->GetLocalName() + "=" + a->GetValue();
+    if (!e->GetText().empty())
+        out += " '" + e->GetText() + "'";
+    std::string children;
+    for (CXmlElement* c = e->GetFirstElement(); c; c = c->GetNextSiblingElement())
+        children += (children.empty() ? "" : ", ") + Dump(c);
+    return children.empty() ? out : out + " [" + children + "]";
+}
+
 } // namespace
 
 // --- Text content
@@ -106,23 +120,36 @@ TEST(CXmlDocumentCdata, StrippedByDefaultMarkersKeptOnRequest) {
 
 // --- Names and namespaces
 
+// Namespace and local name are split; an unprefixed attribute is in no namespace whatever the
+// default is; declarations are no attributes; attributes keep document order; undeclaring the
+// default namespace maps it to empty; the last declaration of a prefix stands for the whole
+// document but the elements keep their own URIs. Without namespace processing prefixes and
+// declarations stay in the names, and an undeclared prefix is no error.
 TEST(CXmlDocumentNames, NamespaceAndLocalNameAreSplit) {
-    CXmlDocument doc;
-    doc.LoadXml("<p:a xmlns:p=\"urn:p\" xmlns=\"urn:d\"><b p:x=\"1\" y=\"2\"/></p:a>");
-    CXmlElement* a = doc.GetDocumentElement();
-    EXPECT_EQ("urn:p", a->GetNamespaceURI());
-    EXPECT_EQ("a", a->GetLocalName());
-    CXmlElement* b = a->GetFirstElement();
-    EXPECT_EQ("urn:d", b->GetNamespaceURI());
-    EXPECT_EQ("b", b->GetLocalName());
-    ASSERT_EQ(2u, b->GetAttributes().size());
-    EXPECT_EQ("x", b->GetAttributes()[0]->GetLocalName());
-    EXPECT_EQ("urn:p", b->GetAttributes()[0]->GetNamespaceURI());
-    // An unprefixed attribute is in no namespace, whatever the default namespace is.
-    EXPECT_EQ("y", b->GetAttributes()[1]->GetLocalName());
-    EXPECT_EQ("", b->GetAttributes()[1]->GetNamespaceURI());
-    // Namespace declarations are not attributes in namespace mode.
-    EXPECT_TRUE(a->GetAttributes().empty());
+    const struct {
+        bool noNamespaces;
+        const char* xml;
+        const char* tree;
+    } cases[] = {
+        {false, "<p:a xmlns:p=\"urn:p\" xmlns=\"urn:d\"><b p:x=\"1\" y=\"2\"/></p:a>",
+         "{urn:p}a [{urn:d}b @{urn:p}x=1 @{}y=2]"},
+        {false, "<a z=\"1\" b=\"2\" m=\"3\"/>", "{}a @{}z=1 @{}b=2 @{}m=3"},
+        {false, "<a xmlns=\"urn:d\"><b xmlns=\"\"/></a>", "{urn:d}a [{}b]"},
+        {false, "<r><p:a xmlns:p=\"urn:old\"/><p:b xmlns:p=\"urn:new\"/></r>",
+         "{}r [{urn:old}a, {urn:new}b]"},
+        {true, "<p:a xmlns:p=\"urn:p\" xmlns=\"urn:d\" p:x=\"1\"/>",
+         "{}p:a @{}xmlns:p=urn:p @{}xmlns=urn:d @{}p:x=1"},
+        {true, "<q:a/>", "{}q:a"},
+    };
+    for (const auto& c : cases) {
+        CSerializationContext context;
+        if (c.noNamespaces)
+            context.SetSchemaType(SchemaTypeNoNamespaces);
+        CXmlDocument doc(context);
+        doc.LoadXml(c.xml);
+        EXPECT_EQ(c.tree, Dump(doc.GetDocumentElement())) << c.xml;
+        EXPECT_TRUE(!c.noNamespaces || doc.GetNamespaceMap().empty()) << c.xml;
+    }
 }
 
 TEST(CXmlDocumentNames, MapCollectsEveryDeclaration) {
@@ -138,22 +165,17 @@ TEST(CXmlDocumentNames, MapCollectsEveryDeclaration) {
     EXPECT_EQ(3u, doc.GetNamespaceMap().size());
 }
 
-// The last declaration of a prefix stands for the whole document.
+// The last declaration of a prefix names the earlier elements too; an undeclared default stays
+// in the map as empty.
 TEST(CXmlDocumentNames, RedeclaredPrefixChangesEarlierElements) {
     CXmlDocument doc;
     doc.LoadXml("<r><p:a xmlns:p=\"urn:old\"/><p:b xmlns:p=\"urn:new\"/></r>");
     CXmlElement* a = Child(doc.GetDocumentElement(), 0);
     CXmlElement* b = Child(doc.GetDocumentElement(), 1);
-    EXPECT_EQ("urn:old", a->GetNamespaceURI());
     EXPECT_EQ("a", a->GetQName());
     EXPECT_EQ("p:b", b->GetQName());
     EXPECT_EQ("urn:new", doc.LookupNamespaceFromAlias("p"));
-}
-
-TEST(CXmlDocumentNames, UndeclaringTheDefaultNamespaceMapsItToEmpty) {
-    CXmlDocument doc;
     doc.LoadXml("<a xmlns=\"urn:d\"><b xmlns=\"\"/></a>");
-    EXPECT_EQ("", Child(doc.GetDocumentElement(), 0)->GetNamespaceURI());
     ASSERT_EQ(1u, doc.GetNamespaceMap().count(""));
     EXPECT_EQ("", doc.LookupNamespaceFromAlias(""));
 }
@@ -169,35 +191,10 @@ TEST(CXmlDocumentNames, SmallestPrefixWinsForAUri) {
     EXPECT_EQ("a", doc.GetDocumentElement()->GetQName());
 }
 
-TEST(CXmlDocumentNames, NoNamespaceModeKeepsPrefixesAndXmlns) {
-    CSerializationContext context;
-    context.SetSchemaType(SchemaTypeNoNamespaces);
-    CXmlDocument doc(context);
-    doc.LoadXml("<p:a xmlns:p=\"urn:p\" xmlns=\"urn:d\" p:x=\"1\"/>");
-    CXmlElement* a = doc.GetDocumentElement();
-    EXPECT_EQ("p:a", a->GetLocalName());
-    EXPECT_EQ("", a->GetNamespaceURI());
-    ASSERT_EQ(3u, a->GetAttributes().size());
-    EXPECT_EQ("xmlns:p", a->GetAttributes()[0]->GetLocalName());
-    EXPECT_EQ("urn:p", a->GetAttributes()[0]->GetValue());
-    EXPECT_EQ("xmlns", a->GetAttributes()[1]->GetLocalName());
-    EXPECT_EQ("p:x", a->GetAttributes()[2]->GetLocalName());
-    EXPECT_EQ("", a->GetAttributes()[2]->GetNamespaceURI());
-    EXPECT_TRUE(doc.GetNamespaceMap().empty());
-    // An undeclared prefix is no error without namespace processing.
-    EXPECT_NO_THROW(doc.LoadXml("<q:a/>"));
-    EXPECT_EQ("q:a", doc.GetDocumentElement()->GetLocalName());
-}
-
-TEST(CXmlDocumentNames, AttributesKeepDocumentOrder) {
+TEST(CXmlDocumentNames, AttributeKnowsItsElement) {
     CXmlDocument doc;
-    doc.LoadXml("<a z=\"1\" b=\"2\" m=\"3\"/>");
-    const auto& atts = doc.GetDocumentElement()->GetAttributes();
-    ASSERT_EQ(3u, atts.size());
-    EXPECT_EQ("z", atts[0]->GetLocalName());
-    EXPECT_EQ("b", atts[1]->GetLocalName());
-    EXPECT_EQ("m", atts[2]->GetLocalName());
-    EXPECT_EQ(doc.GetDocumentElement(), atts[0]->GetElement());
+    doc.LoadXml("<a z=\"1\"/>");
+    EXPECT_EQ(doc.GetDocumentElement(), doc.GetDocumentElement()->GetAttributes()[0]->GetElement());
 }
 
 // Non-ASCII passes through unchanged when the library is told to hold UTF-8.
@@ -206,11 +203,8 @@ TEST(CXmlDocumentNames, NonAsciiWithAsciiOnlyHoldsUtf8) {
     CXmlDocument doc;
     doc.LoadXml("<\xC3\xA9l xmlns=\"urn:\xC3\xBC\" \xC3\xA4=\"Z\xC3\xBCrich\">S\xC3\xA3o</\xC3\xA9l>");
     ASCIIOnly(false);
-    CXmlElement* e = doc.GetDocumentElement();
-    EXPECT_EQ("\xC3\xA9l", e->GetLocalName());
-    EXPECT_EQ("urn:\xC3\xBC", e->GetNamespaceURI());
-    EXPECT_EQ("S\xC3\xA3o", e->GetText());
-    EXPECT_EQ("Z\xC3\xBCrich", e->GetAttribute("\xC3\xA4", ""));
+    EXPECT_EQ("{urn:\xC3\xBC}\xC3\xA9l @{}\xC3\xA4=Z\xC3\xBCrich 'S\xC3\xA3o'",
+              Dump(doc.GetDocumentElement()));
     EXPECT_EQ("", doc.LookupAliasFromNamespace("urn:\xC3\xBC"));
     EXPECT_EQ("urn:\xC3\xBC", doc.LookupNamespaceFromAlias(""));
 }
@@ -235,11 +229,8 @@ TEST(CXmlDocumentLoad, StreamAndFileGiveTheSameTree) {
     std::vector<unsigned char> bytes(xml.begin(), xml.end());
     fromStream.LoadXmlStream(bytes.data(), static_cast<unsigned long>(bytes.size()));
     for (CXmlDocument* doc : {&fromFile, &fromStream}) {
-        CXmlElement* a = doc->GetDocumentElement();
-        ASSERT_NE(nullptr, a);
-        EXPECT_EQ("urn:a", a->GetNamespaceURI());
-        EXPECT_EQ("t", Child(a, 0)->GetText());
-        EXPECT_EQ("2", Child(a, 1)->GetAttribute("id", ""));
+        ASSERT_NE(nullptr, doc->GetDocumentElement());
+        EXPECT_EQ("{urn:a}a [{urn:a}b @{}id=1 't', {urn:a}b @{}id=2]", Dump(doc->GetDocumentElement()));
         EXPECT_EQ(xml.size(), doc->GetBufferSize());
     }
 }
@@ -465,8 +456,7 @@ TEST(CXmlDocumentCallback, DroppingEveryElementKeepsTheRoot) {
     doc.LoadXml("<r>0<a>1<b>2</b></a><c>3</c></r>");
     EXPECT_EQ((std::vector<std::string>{"b=2", "a=1", "c=3", "r=0"}), g_seen);
     ASSERT_NE(nullptr, doc.GetDocumentElement());
-    EXPECT_EQ("r", doc.GetDocumentElement()->GetLocalName());
-    EXPECT_EQ(nullptr, doc.GetDocumentElement()->GetFirstElement());
+    EXPECT_EQ("{}r '0'", Dump(doc.GetDocumentElement()));
 }
 
 TEST(CXmlDocumentCallback, KeptElementsStayInOrder) {
@@ -542,16 +532,9 @@ TEST(CExpatReaderHandlers, HandlersBuildTheTreeWithoutAParse) {
     CExpatReader::FnEndElement(&reader, "urn:d|r\xC3\xA9");
     ASCIIOnly(false);
 
-    CXmlElement* r = doc.GetDocumentElement();
-    ASSERT_NE(nullptr, r);
-    EXPECT_EQ("urn:d", r->GetNamespaceURI());
-    EXPECT_EQ("r\xC3\xA9", r->GetLocalName());
-    EXPECT_EQ("a\xC3\xA9<![CDATA[<]]>", r->GetText());
-    EXPECT_EQ("v\xC3\xA9", r->GetAttribute("k", "urn:p"));
-    EXPECT_EQ("1", r->GetAttribute("plain", ""));
-    EXPECT_EQ("c", r->GetFirstElement()->GetLocalName());
-    EXPECT_EQ("x\xC3\xA9", r->GetFirstElement()->GetText());
-    EXPECT_EQ("", r->GetFirstElement()->GetNamespaceURI());
+    ASSERT_NE(nullptr, doc.GetDocumentElement());
+    EXPECT_EQ("{urn:d}r\xC3\xA9 @{urn:p}k=v\xC3\xA9 @{}plain=1 'a\xC3\xA9<![CDATA[<]]>' [{}c 'x\xC3\xA9']",
+              Dump(doc.GetDocumentElement()));
     // A null prefix is the default one, a null URI the empty one.
     EXPECT_EQ("urn:d", doc.LookupNamespaceFromAlias(""));
     EXPECT_EQ(1u, doc.GetNamespaceMap().count("p"));
