@@ -4,6 +4,7 @@
 
 #include "foundation/Exceptions.h"
 #include "stream_files.h"
+#include "support/TestSupport.h"
 
 #include <gtest/gtest.h>
 
@@ -19,14 +20,9 @@ std::string Bytes(const CBinaryData& data) {
     return std::string(reinterpret_cast<const char*>(data.GetData()), data.GetLength());
 }
 
-// Runs ToFile and returns the message it raised, or "" when it did not raise.
+// Runs ToFile and returns the message it raised, or "<no exception>".
 std::string ToFileMessage(CFileBinaryStream& stream) {
-    try {
-        stream.ToFile();
-    } catch (const CQzException& e) {
-        return e.GetMessage();
-    }
-    return "";
+    return QzTest::MessageOf([&] { stream.ToFile(); });
 }
 
 const std::string kMark("\xFF\xFE", 2);

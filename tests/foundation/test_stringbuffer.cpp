@@ -27,16 +27,6 @@ TEST(CStringBufferTest, SmallBlocksMergeAtGetText) {
     EXPECT_EQ(11u, buffer.GetLength());
 }
 
-// Text in the current block is never moved by appends that fit.
-TEST(CStringBufferTest, SingleBlockIsNotMoved) {
-    CStringBuffer buffer;
-    buffer.Append("abc");
-    const char* first = buffer.GetText();
-    buffer.Append("def");
-    EXPECT_EQ(first, buffer.GetText());
-    EXPECT_STREQ("abcdef", first);
-}
-
 // Empty keeps a lone block (here the merged one, as long as the merged text) for reuse.
 TEST(CStringBufferTest, EmptyReusesTheMergedBlock) {
     CStringBuffer buffer(5);
@@ -64,6 +54,16 @@ TEST(CStringBufferTest, ClearSetTextAndEmptyInputs) {
     EXPECT_EQ(0u, buffer.GetLength());
     EXPECT_STREQ("", buffer.GetText());
 
+    // A std::string is appended as a C string: what stands behind an embedded NUL is ignored.
+    buffer.Append(std::string("ab\0cd", 5));
+    EXPECT_STREQ("ab", buffer.GetText());
+    EXPECT_EQ(2u, buffer.GetLength());
+    // Text in the current block is never moved by appends that fit.
+    const char* first = buffer.GetText();
+    buffer.Append("def");
+    EXPECT_EQ(first, buffer.GetText());
+    EXPECT_STREQ("abdef", first);
+
     buffer.Append("old text");
     buffer.SetText("new");
     EXPECT_STREQ("new", buffer.GetText());
@@ -71,14 +71,6 @@ TEST(CStringBufferTest, ClearSetTextAndEmptyInputs) {
     buffer.Clear();
     EXPECT_EQ(0u, buffer.GetLength());
     EXPECT_STREQ("", buffer.GetText());
-}
-
-// A std::string is appended as a C string: what stands behind an embedded NUL is ignored.
-TEST(CStringBufferTest, StringWithEmbeddedNulStopsThere) {
-    CStringBuffer buffer;
-    buffer.Append(std::string("ab\0cd", 5));
-    EXPECT_EQ(2u, buffer.GetLength());
-    EXPECT_STREQ("ab", buffer.GetText());
 }
 
 // Degenerate block sizes still make progress: blocks of one character.
