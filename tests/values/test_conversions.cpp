@@ -16,6 +16,8 @@
 #include <random>
 #include <string>
 
+#include "support/TestSupport.h"
+
 using namespace QzXmlLib16;
 
 namespace {
@@ -23,16 +25,9 @@ namespace {
 const CWhitespaceUtils::WhitespaceRule kNone = CWhitespaceUtils::None;
 const CWhitespaceUtils::WhitespaceRule kCollapse = CWhitespaceUtils::Collapse;
 
-// Runs `call` and returns the message of the CQzInvalidValueException it must raise.
-std::string InvalidValueMessage(const std::function<void()>& call) {
-    try {
-        call();
-    } catch (const CQzInvalidValueException& e) {
-        return e.GetMessage();
-    } catch (const CQzException& e) {
-        return "wrong exception class: " + e.GetMessage();
-    }
-    return "no exception";
+// The message of the CQzInvalidValueException that `call` must raise.
+template <class F> std::string InvalidValueMessage(F call) {
+    return QzTest::MessageOf<CQzInvalidValueException>(call);
 }
 
 std::string Printf(const char* format, double value) {
@@ -84,42 +79,36 @@ TEST(CConversionsIntegerTest, UnsignedReadersNegateMinusAsTheCLibraryDoes) {
 }
 
 TEST(CConversionsIntegerTest, OnePastTheLimitIsTooLarge) {
+    const std::function<void(const std::string&)> readers[] = {
+        [](const std::string& t) { CConversions::i1FromString(t, kNone); },
+        [](const std::string& t) { CConversions::i2FromString(t, kNone); },
+        [](const std::string& t) { CConversions::i4FromString(t, kNone); },
+        [](const std::string& t) { CConversions::i8FromString(t, kNone); },
+        [](const std::string& t) { CConversions::ui1FromString(t, kNone); },
+        [](const std::string& t) { CConversions::ui2FromString(t, kNone); },
+        [](const std::string& t) { CConversions::ui4FromString(t, kNone); },
+        [](const std::string& t) { CConversions::ui8FromString(t, kNone); }};
+    enum { i1, i2, i4, i8, ui1, ui2, ui4, ui8 };
+    const char* names[] = {"i1", "i2", "i4", "i8", "ui1", "ui2", "ui4", "ui8"};
+    // {reader, text, type named in the message}. A narrow reader reaches the 32-bit reader
+    // first, whose text names i4 or ui4; the range test comes before the trailing-junk test.
     struct Row {
-        std::function<void(const std::string&)> read;
+        int reader;
         const char* text;
-        const char* message;
+        int named;
     };
-    auto i1 = [](const std::string& t) { CConversions::i1FromString(t, kNone); };
-    auto i2 = [](const std::string& t) { CConversions::i2FromString(t, kNone); };
-    auto i4 = [](const std::string& t) { CConversions::i4FromString(t, kNone); };
-    auto i8 = [](const std::string& t) { CConversions::i8FromString(t, kNone); };
-    auto ui1 = [](const std::string& t) { CConversions::ui1FromString(t, kNone); };
-    auto ui2 = [](const std::string& t) { CConversions::ui2FromString(t, kNone); };
-    auto ui4 = [](const std::string& t) { CConversions::ui4FromString(t, kNone); };
-    auto ui8 = [](const std::string& t) { CConversions::ui8FromString(t, kNone); };
+    // clang-format off
     const Row rows[] = {
-        {i1, "128", "The value [128] is to large to fit in a i1"},
-        {i1, "-129", "The value [-129] is to large to fit in a i1"},
-        {i2, "32768", "The value [32768] is to large to fit in a i2"},
-        {i2, "-32769", "The value [-32769] is to large to fit in a i2"},
-        {i4, "2147483648", "The value [2147483648] is to large to fit in a i4"},
-        {i4, "-2147483649", "The value [-2147483649] is to large to fit in a i4"},
-        {i8, "9223372036854775808", "The value [9223372036854775808] is to large to fit in a i8"},
-        {i8, "-9223372036854775809", "The value [-9223372036854775809] is to large to fit in a i8"},
-        {ui1, "256", "The value [256] is to large to fit in a ui1"},
-        {ui2, "65536", "The value [65536] is to large to fit in a ui2"},
-        {ui4, "4294967296", "The value [4294967296] is to large to fit in a ui4"},
-        {ui8, "18446744073709551616", "The value [18446744073709551616] is to large to fit in a ui8"},
-        // A narrow reader reaches the 32-bit reader first, whose text names i4 or ui4.
-        {i1, "99999999999", "The value [99999999999] is to large to fit in a i4"},
-        {ui2, "99999999999", "The value [99999999999] is to large to fit in a ui4"},
-        // The range test comes before the test for trailing characters.
-        {i4, "2147483648x", "The value [2147483648x] is to large to fit in a i4"},
-        {i8, "99999999999999999999x", "The value [99999999999999999999x] is to large to fit in a i8"},
-    };
+        {i1, "128", i1}, {i1, "-129", i1}, {i2, "32768", i2}, {i2, "-32769", i2}, {i4, "2147483648", i4},
+        {i4, "-2147483649", i4}, {i8, "9223372036854775808", i8}, {i8, "-9223372036854775809", i8},
+        {ui1, "256", ui1}, {ui2, "65536", ui2}, {ui4, "4294967296", ui4}, {ui8, "18446744073709551616", ui8},
+        {i1, "99999999999", i4}, {ui2, "99999999999", ui4}, {i4, "2147483648x", i4},
+        {i8, "99999999999999999999x", i8}};
+    // clang-format on
     for (const Row& row : rows) {
-        SCOPED_TRACE(row.text);
-        EXPECT_EQ(row.message, InvalidValueMessage([&] { row.read(row.text); }));
+        SCOPED_TRACE(std::string(names[row.reader]) + " " + row.text);
+        EXPECT_EQ(std::string("The value [") + row.text + "] is to large to fit in a " + names[row.named],
+                  InvalidValueMessage([&] { readers[row.reader](row.text); }));
     }
 }
 
@@ -197,24 +186,23 @@ TEST(CConversionsRealTest, SpecialSpellingsRead) {
 
 // Zero writes through the format; the infinities and NaN have their own texts.
 TEST(CConversionsRealTest, WritersUseSpecialTextsAndCFormats) {
-    EXPECT_EQ("0", CConversions::r8ToString(0.0));
-    EXPECT_EQ("-0", CConversions::r8ToString(-0.0));
-    EXPECT_EQ("0", CConversions::r4ToString(0.0f));
-    EXPECT_EQ("INF", CConversions::r8ToString(std::numeric_limits<double>::infinity()));
-    EXPECT_EQ("-INF", CConversions::r8ToString(-std::numeric_limits<double>::infinity()));
-    EXPECT_EQ("INF", CConversions::r4ToString(std::numeric_limits<float>::infinity()));
-    EXPECT_EQ("-INF", CConversions::r4ToString(-std::numeric_limits<float>::infinity()));
-    EXPECT_EQ("NaN", CConversions::r8ToString(std::nan("")));
-    EXPECT_EQ("NaN", CConversions::r4ToString(-std::numeric_limits<float>::quiet_NaN()));
-    EXPECT_EQ("1", CConversions::r8ToString(1.0));
-    EXPECT_EQ("0.1", CConversions::r4ToString(0.1f));
-    EXPECT_EQ("0.1", CConversions::r8ToString(0.1));
-    EXPECT_EQ("1.5", CConversions::r8ToString(1.5));
-    EXPECT_EQ("1e+20", CConversions::r8ToString(1e20));
-    EXPECT_EQ("3.141593", CConversions::r4ToString(3.14159265f));
-    EXPECT_EQ("3.141592653589793", CConversions::r8ToString(3.14159265358979323846));
-    EXPECT_EQ("1.401298e-45", CConversions::r4ToString(std::numeric_limits<float>::denorm_min()));
-    EXPECT_EQ("4.940656458412465e-324", CConversions::r8ToString(std::numeric_limits<double>::denorm_min()));
+    const double inf = HUGE_VAL;
+    // clang-format off
+    const std::pair<double, const char*> r8[] = {
+        {0.0, "0"}, {-0.0, "-0"}, {inf, "INF"}, {-inf, "-INF"}, {std::nan(""), "NaN"}, {1.0, "1"},
+        {0.1, "0.1"}, {1.5, "1.5"}, {1e20, "1e+20"}, {3.14159265358979323846, "3.141592653589793"},
+        {std::numeric_limits<double>::denorm_min(), "4.940656458412465e-324"}};
+    // clang-format on
+    for (const auto& row : r8)
+        EXPECT_EQ(row.second, CConversions::r8ToString(row.first));
+    // clang-format off
+    const std::pair<float, const char*> r4[] = {
+        {0.0f, "0"}, {HUGE_VALF, "INF"}, {-HUGE_VALF, "-INF"},
+        {-std::numeric_limits<float>::quiet_NaN(), "NaN"}, {0.1f, "0.1"}, {3.14159265f, "3.141593"},
+        {std::numeric_limits<float>::denorm_min(), "1.401298e-45"}};
+    // clang-format on
+    for (const auto& row : r4)
+        EXPECT_EQ(row.second, CConversions::r4ToString(row.first));
 }
 
 // The default writers print exactly what "%.7g" and "%.16g" print.
@@ -310,13 +298,10 @@ TEST(CConversionsRealTest, MalformedTextCannotBeConverted) {
 // ---- boolean, char, string --------------------------------------------------------------------
 
 TEST(CConversionsBooleanTest, AcceptsFourWordsInAnyCase) {
-    EXPECT_TRUE(CConversions::booleanFromString("true", kNone));
-    EXPECT_TRUE(CConversions::booleanFromString("TRUE", kCollapse));
-    EXPECT_TRUE(CConversions::booleanFromString("tRuE", kNone));
-    EXPECT_TRUE(CConversions::booleanFromString("1", kNone));
-    EXPECT_FALSE(CConversions::booleanFromString("false", kNone));
-    EXPECT_FALSE(CConversions::booleanFromString("False", kNone));
-    EXPECT_FALSE(CConversions::booleanFromString("0", kNone));
+    for (const char* text : {"true", "TRUE", "tRuE", "1"})
+        EXPECT_TRUE(CConversions::booleanFromString(text, kNone)) << text;
+    for (const char* text : {"false", "False", "0"})
+        EXPECT_FALSE(CConversions::booleanFromString(text, kNone)) << text;
     EXPECT_TRUE(CConversions::booleanFromString("\n true \t", kCollapse));
     EXPECT_EQ("true", CConversions::booleanToString(true));
     EXPECT_EQ("false", CConversions::booleanToString(false));
