@@ -28,7 +28,7 @@ public:
     // What the collection writer announces on the enclosing element (read by the JSON
     // writer only): 1 before the items of a collection, 3 after them; the JSON writer
     // moves 1 to 2 when it opens the array and 3 to 0 when it closes it.
-    enum ContextState {
+    enum ContextState : int {
         ContextStateNone = 0,
         ContextStateCollection = 1,
         ContextStateCollectionOpen = 2,
@@ -171,6 +171,8 @@ public:
     static std::string NsIntToString(int n);
     // Stores `state` on the innermost context; does nothing outside the document element.
     void SetContextState(ContextState state);
+    // The same for a plain number, as callers write SetContextState(1).
+    void SetContextState(int state) { SetContextState(static_cast<ContextState>(state)); }
 
     // The innermost open context, null outside the document element; borrowed.
     CXmlWriterContext* GetContext() const { return m_pContext; }

@@ -197,6 +197,8 @@ TEST(CXmlWriterTest, SetContextStateNeedsOpenElement) {
     EXPECT_EQ(CXmlWriter::ContextStateNone, writer.GetContext()->GetState());
     writer.SetContextState(CXmlWriter::ContextStateCollectionEnd);
     EXPECT_EQ(CXmlWriter::ContextStateCollectionEnd, writer.GetContext()->GetState());
+    writer.SetContextState(1); // a plain number as the collection writer passes it
+    EXPECT_EQ(1, writer.GetContext()->GetState());
     writer.WriteEndElement();
 }
 
