@@ -245,49 +245,33 @@ TEST(CXmlDocumentLoad, StreamBytesAreCopied) {
     EXPECT_EQ("text", doc.GetDocumentElement()->GetText());
 }
 
-TEST(CXmlDocumentLoad, Utf16StreamWithByteOrderMark) {
-    const char16_t text[] = u"<a>\u00e9t\u00e9</a>";
+// With ASCIIOnly the tree holds UTF-8 whatever the input: a UTF-16 stream with its mark, wide
+// text (where a character above U+FFFF keeps its low 16 bits: U+1F600 becomes U+F600) and a
+// narrow text, which is never taken to be in the local code page: its declaration decides.
+TEST(CXmlDocumentLoad, InputEncodings) {
     std::vector<unsigned char> bytes = {0xFF, 0xFE};
-    for (const char16_t* p = text; *p; ++p) {
+    for (const char16_t* p = u"<a>\u00e9t\u00e9</a>"; *p; ++p) {
         bytes.push_back(static_cast<unsigned char>(*p & 0xFF));
         bytes.push_back(static_cast<unsigned char>(*p >> 8));
     }
+    const wchar_t above[] = {L'<', L'a', L'>', static_cast<wchar_t>(0x1F600), L'<', L'/', L'a', L'>', 0};
     ASCIIOnly(true);
-    CXmlDocument doc;
-    doc.LoadXmlStream(bytes.data(), static_cast<unsigned long>(bytes.size()));
+    CXmlDocument utf16, wide, narrow;
+    utf16.LoadXmlStream(bytes.data(), static_cast<unsigned long>(bytes.size()));
+    wide.LoadXml(above);
+    narrow.LoadXml("<?xml version=\"1.0\" encoding=\"ISO-8859-1\"?><a>\xE9</a>");
     ASCIIOnly(false);
-    EXPECT_EQ("\xC3\xA9t\xC3\xA9", doc.GetDocumentElement()->GetText());
-}
+    EXPECT_EQ("\xC3\xA9t\xC3\xA9", utf16.GetDocumentElement()->GetText());
+    EXPECT_EQ("\xEF\x98\x80", wide.GetDocumentElement()->GetText());
+    EXPECT_EQ("\xC3\xA9", narrow.GetDocumentElement()->GetText());
 
-TEST(CXmlDocumentLoad, WideTextIsReadAsUtf16) {
-    CXmlDocument doc;
+    // Wide text is stored as UTF-16: two bytes of mark and two bytes per character.
     const wchar_t* text = L"<a x=\"1\">wide</a>";
-    doc.LoadXml(text);
-    EXPECT_EQ("wide", doc.GetDocumentElement()->GetText());
-    EXPECT_EQ("1", doc.GetDocumentElement()->GetAttribute("x", ""));
-    // Two bytes of mark and two bytes per character.
-    EXPECT_EQ(2u + 2u * std::wcslen(text), doc.GetBufferSize());
-    EXPECT_EQ(0xFF, doc.GetBuffer()[0]);
-    EXPECT_EQ(0xFE, doc.GetBuffer()[1]);
-}
-
-// A character above U+FFFF keeps its low 16 bits: U+1F600 becomes U+F600.
-TEST(CXmlDocumentLoad, WideCharacterAboveBmpKeepsLow16Bits) {
-    ASCIIOnly(true);
-    CXmlDocument doc;
-    const wchar_t text[] = {L'<', L'a', L'>', static_cast<wchar_t>(0x1F600), L'<', L'/', L'a', L'>', 0};
-    doc.LoadXml(text);
-    ASCIIOnly(false);
-    EXPECT_EQ("\xEF\x98\x80", doc.GetDocumentElement()->GetText());
-}
-
-// A narrow text is never taken to be in the local code page: its declaration decides.
-TEST(CXmlDocumentLoad, NarrowTextFollowsItsDeclaration) {
-    ASCIIOnly(true);
-    CXmlDocument doc;
-    doc.LoadXml("<?xml version=\"1.0\" encoding=\"ISO-8859-1\"?><a>\xE9</a>");
-    ASCIIOnly(false);
-    EXPECT_EQ("\xC3\xA9", doc.GetDocumentElement()->GetText());
+    wide.LoadXml(text);
+    EXPECT_EQ("{}a @{}x=1 'wide'", Dump(wide.GetDocumentElement()));
+    EXPECT_EQ(2u + 2u * std::wcslen(text), wide.GetBufferSize());
+    EXPECT_EQ(0xFF, wide.GetBuffer()[0]);
+    EXPECT_EQ(0xFE, wide.GetBuffer()[1]);
 }
 
 // Reloading, Cleanup and Init each release what the document held (the sanitizer build sees
