@@ -29,8 +29,7 @@ std::string Text(const CBinaryData& d) {
 
 } // namespace
 
-// ---------------------------------------------------------------------------------------------
-// Construction and the empty handle
+// ---- Construction and the empty handle ----------------------------------------------------------
 
 TEST(CBinaryDataTest, EmptyFormsHaveNoHolder) {
     unsigned char* p = new unsigned char[4];
@@ -64,8 +63,7 @@ TEST(CBinaryDataTest, AdoptedBufferIsHandedBackUnchanged) {
     delete[] back;
 }
 
-// ---------------------------------------------------------------------------------------------
-// Sharing and copy on write
+// ---- Sharing and copy on write ------------------------------------------------------------------
 
 TEST(CBinaryDataTest, CopiesShareUntilOneSideWrites) {
     CBinaryData a("hello");
@@ -126,8 +124,7 @@ TEST(CBinaryDataTest, MovedFromHandleIsEmpty) {
     EXPECT_EQ(nullptr, a.GetData()); // NOLINT(bugprone-use-after-move)
 }
 
-// ---------------------------------------------------------------------------------------------
-// Appending
+// ---- Appending ----------------------------------------------------------------------------------
 
 TEST(CBinaryDataTest, AppendForms) {
     CBinaryData d;
@@ -194,14 +191,13 @@ TEST(CBinaryDataTest, CapacityOfCopiedAndAdoptedHolders) {
     EXPECT_EQ("xyz", Text(adopted));
 }
 
-// ---------------------------------------------------------------------------------------------
-// Comparison and indexing
+// ---- Comparison and indexing --------------------------------------------------------------------
 
 TEST(CBinaryDataTest, Equality) {
-    EXPECT_TRUE(CBinaryData("abc") == CBinaryData("abc"));
-    EXPECT_TRUE(CBinaryData("abc") != CBinaryData("abd"));
-    EXPECT_TRUE(CBinaryData("abc") != CBinaryData("ab"));
-    EXPECT_TRUE(CBinaryData("abc") != CBinaryData());
+    const CBinaryData abc("abc");
+    EXPECT_TRUE(abc == CBinaryData("abc") && !(abc != CBinaryData("abc")));
+    for (const CBinaryData& other : {CBinaryData("abd"), CBinaryData("ab"), CBinaryData()})
+        EXPECT_TRUE(abc != other && !(abc == other)) << Text(other);
 
     // A holder of length 0 is not the same as no holder, but equals another of its kind.
     CBinaryData zero;
@@ -230,8 +226,7 @@ TEST(CBinaryDataTest, IndexBoundary) {
     EXPECT_EQ("Index Out of range [0]", MessageOf([&] { cnone[0]; }));
 }
 
-// ---------------------------------------------------------------------------------------------
-// Hex text
+// ---- Hex text -----------------------------------------------------------------------------------
 
 TEST(CBinaryDataTest, HexRoundTripOfAllByteValues) {
     std::vector<unsigned char> all(256);
@@ -265,9 +260,9 @@ TEST(CBinaryDataTest, HexErrorsLeaveTheHandleEmpty) {
     EXPECT_EQ("Invalid length in hex string", MessageOf([&] { d.SetAsHexString("GGG"); }));
     EXPECT_EQ(nullptr, d.GetData());
 
-    EXPECT_EQ("Invalid char in hex string [ ]", MessageOf([&] { d.SetAsHexString("00 1"); }));
-    EXPECT_EQ("Invalid char in hex string [x]", MessageOf([&] { d.SetAsHexString("0x12"); }));
-    EXPECT_EQ("Invalid char in hex string [g]", MessageOf([&] { d.SetAsHexString("AAg0"); }));
+    for (const auto& row : {std::pair<const char*, char>{"00 1", ' '}, {"0x12", 'x'}, {"AAg0", 'g'}})
+        EXPECT_EQ(std::string("Invalid char in hex string [") + row.second + "]",
+                  MessageOf([&] { d.SetAsHexString(row.first); }));
 
     d.SetBuffer("keep");
     d.SetAsHexString("");
@@ -279,8 +274,7 @@ TEST(CBinaryDataTest, HexErrorsLeaveTheHandleEmpty) {
     delete[] out;
 }
 
-// ---------------------------------------------------------------------------------------------
-// The holder's own guards
+// ---- The holder's own guards --------------------------------------------------------------------
 
 TEST(CBinaryDataHolderTest, GuardsAgainstWritesToSharedHolder) {
     auto* holder = new CBinaryData::CDataHolder(Bytes("abc"), 3, false);
@@ -307,8 +301,7 @@ TEST(CBinaryDataHolderTest, ExclusiveCopyOfSharedHolderDoesNotBlock) {
     copy->Release(false);
 }
 
-// ---------------------------------------------------------------------------------------------
-// Threads
+// ---- Threads ------------------------------------------------------------------------------------
 
 // Handles to one holder are copied, destroyed and written (detaching) on several threads at
 // once. Afterwards the count must be back at 1: a write through the original does not copy,
