@@ -16,6 +16,7 @@ const char* const kMsgInvalidEOLType = "Invalid EOL type.";
 const char* const kMsgHeaderDirective = "Headed directives must appear before an Element has been added.";
 const char* const kMsgAttributesBeforeElements = "Attributes must be added before elements";
 const char* const kMsgNoOpenElement = "There is no open Element to end.";
+const char* const kMsgNoElementForText = "There is no open Element to hold the text.";
 
 // Names and limits
 const char* const kXsiNamespace = "http://www.w3.org/2001/XMLSchema-instance";
@@ -256,7 +257,9 @@ void CXmlTextWriter::WriteString(const std::string& text, ItemType /*type*/, boo
         return;
     if (isDefaultValue && !m_writeDefaultElementValues)
         return;
-    if (m_pContext != nullptr && m_pContext->IsStartTagOpen()) {
+    if (m_pContext == nullptr)
+        throw CQzException(kMsgNoElementForText);
+    if (m_pContext->IsStartTagOpen()) {
         m_pContext->CloseStartTag();
         Put('>');
     }

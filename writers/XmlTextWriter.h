@@ -87,6 +87,8 @@ public:
     void WriteStartElement(const std::string& localName, const std::string& uri) override;
     // Escaped text behind the start tag. Empty text writes nothing (the element may still
     // become "<a/>"). Note: a text that begins with "<![CDATA[" is written unescaped.
+    // Throws CQzException "There is no open Element to hold the text." for text that would
+    // be written outside the document element.
     void WriteString(const std::string& text, ItemType type, bool isDefaultValue) override;
     // "/>" while the start tag is open, otherwise the end tag. Throws CQzException
     // "There is no open Element to end." outside the document element.

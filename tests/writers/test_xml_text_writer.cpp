@@ -427,8 +427,17 @@ TEST_F(XmlTextWriterTest, AttributesAfterContentAreRefused) {
     EXPECT_EQ("<r>t\t<c/>\n</r>\n", Finish());
 }
 
-TEST_F(XmlTextWriterTest, EndWithoutOpenElementIsRefused) {
+// Outside the document element there is nothing to end and no place for text; empty text
+// and a skipped default value still write nothing there.
+TEST_F(XmlTextWriterTest, NoOpenElementToEndOrHoldText) {
     EXPECT_EQ("There is no open Element to end.", MessageOf([&] { m_writer.WriteEndElement(); }));
+    const std::string noElement = "There is no open Element to hold the text.";
+    EXPECT_EQ(noElement, MessageOf([&] { m_writer.WriteString("x", ItemString, false); }));
+    EXPECT_NO_THROW(m_writer.WriteString("", ItemString, false));
+    EXPECT_NO_THROW(m_writer.WriteString("d", ItemString, true));
+    Element("r", "", "t");
+    EXPECT_EQ(noElement, MessageOf([&] { m_writer.WriteString("after", ItemString, false); }));
+    EXPECT_EQ("<r>t</r>\n", Finish());
 }
 
 // Close closes the stream first, then complains about the open element.
