@@ -12,6 +12,7 @@
 #include <limits>
 #include <random>
 #include <string>
+#include <vector>
 
 using namespace QzXmlLib16;
 
@@ -61,36 +62,22 @@ CDateTime RandomDate(std::mt19937_64& rng, CDateTime::DTType type) {
     unsigned short micro = static_cast<unsigned short>(rng() % 3 == 0 ? rng() % 1000 : 0);
     unsigned short nano = static_cast<unsigned short>(rng() % 3 == 0 ? rng() % 1000 : 0);
     CDateTime value;
-    switch (type) {
-    case CDateTime::dt_dateTime:
+    if (type == CDateTime::dt_dateTime)
         value.SetDateTime(year, month, day, hour, minute, second, milli, micro, nano);
-        break;
-    case CDateTime::dt_date:
+    else if (type == CDateTime::dt_date)
         value.SetDate(year, month, day);
-        break;
-    case CDateTime::dt_gYearMonth:
+    else if (type == CDateTime::dt_gYearMonth)
         value.SetGYearMonth(year, month);
-        break;
-    case CDateTime::dt_gMonthDay:
+    else if (type == CDateTime::dt_gMonthDay)
         value.SetGMonthDay(month, day);
-        break;
-    case CDateTime::dt_time:
+    else
         value.SetTime(hour, minute, second, milli, micro, nano);
-        break;
-    default:
-        break;
-    }
-    switch (rng() % 3) {
-    case 0:
-        break;
-    case 1:
+    const int zone = static_cast<int>(rng() % 3); // none, UTC or an offset
+    if (zone == 1)
         value.SetUTC();
-        break;
-    default:
+    else if (zone == 2)
         value.SetTimeZone(static_cast<short>(static_cast<int>(rng() % 47) - 23),
                           static_cast<unsigned char>(rng() % 60));
-        break;
-    }
     return value;
 }
 
@@ -254,16 +241,12 @@ TEST(CConversionsRoundTripTest, Durations) {
         std::string text = CConversions::durationToString(span);
         CDateTimeSpan back = CConversions::durationFromString(text, kNone);
         ASSERT_EQ(text, CConversions::durationToString(back));
-        EXPECT_EQ(span.GetYears(), back.GetYears());
-        EXPECT_EQ(span.GetMonths(), back.GetMonths());
-        EXPECT_EQ(span.GetDays(), back.GetDays());
-        EXPECT_EQ(span.GetHours(), back.GetHours());
-        EXPECT_EQ(span.GetMinutes(), back.GetMinutes());
-        EXPECT_EQ(span.GetSeconds(), back.GetSeconds());
-        EXPECT_EQ(span.GetMilliSeconds(), back.GetMilliSeconds());
-        EXPECT_EQ(span.GetMicroSeconds(), back.GetMicroSeconds());
-        EXPECT_EQ(span.GetNanoSeconds(), back.GetNanoSeconds());
-        EXPECT_EQ(span.IsNegative(), back.IsNegative());
+        auto fields = [](const CDateTimeSpan& s) {
+            return std::vector<unsigned long long>{
+                s.GetYears(),   s.GetMonths(),       s.GetDays(),         s.GetHours(),       s.GetMinutes(),
+                s.GetSeconds(), s.GetMilliSeconds(), s.GetMicroSeconds(), s.GetNanoSeconds(), s.IsNegative()};
+        };
+        EXPECT_EQ(fields(span), fields(back)) << text;
     }
 }
 
