@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <functional>
 #include <cstdio>
 #include <string>
 #include <thread>
@@ -177,22 +178,19 @@ TEST(CXmlObjectBaseRefCount, MovesAndNulls) {
 TEST(CXmlObjectBaseRefCount, AssignmentTakesTheNewBeforeReleasingTheOld) {
     std::string log;
     CLogged a("a", &log), b("b", &log);
+    auto logOf = [&log](const std::function<void()>& step) {
+        log.clear();
+        step();
+        return log;
+    };
     {
         CSmartPtr<CLogged> p = &a;
         CSmartPtr<CLogged> q = &b;
         EXPECT_EQ("+a+b", log);
-        log.clear();
-        p = &b;
-        EXPECT_EQ("+b-a", log);
-        log.clear();
-        p = q;
-        EXPECT_EQ("+b-b", log);
-        log.clear();
-        p = std::move(q);
-        EXPECT_EQ("-b", log);
-        log.clear();
-        p = NULL;
-        EXPECT_EQ("-b", log);
+        EXPECT_EQ("+b-a", logOf([&] { p = &b; }));
+        EXPECT_EQ("+b-b", logOf([&] { p = q; }));
+        EXPECT_EQ("-b", logOf([&] { p = std::move(q); }));
+        EXPECT_EQ("-b", logOf([&] { p = NULL; }));
         log.clear();
     }
     EXPECT_EQ("", log); // both were null at the end

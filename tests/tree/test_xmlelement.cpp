@@ -133,6 +133,7 @@ TEST(CXmlElementAttributes, SchemaInstanceAttributes) {
 
 // --- Building by hand
 
+// Text appends; children link in order and unlink from the end.
 TEST(CXmlElementBuild, TextAppendsAndChildrenLink) {
     CXmlElement e(nullptr, nullptr);
     e.AppendText("ab");
@@ -146,27 +147,21 @@ TEST(CXmlElementBuild, TextAppendsAndChildrenLink) {
     EXPECT_EQ(c1, e.GetFirstElement());
     EXPECT_EQ(c2, c1->GetNextSiblingElement());
     EXPECT_EQ(&e, c2->GetParentElement());
-}
 
-TEST(CXmlElementBuild, RemoveLastChildElementUnlinks) {
-    CXmlElement e(nullptr, nullptr);
-    EXPECT_EQ(nullptr, e.RemoveLastChildElement());
-    CXmlElement* c1 = e.CreateNewChildElement();
-    CXmlElement* c2 = e.CreateNewChildElement();
     CXmlElement* c3 = e.CreateNewChildElement();
     CXmlElement* removed = e.RemoveLastChildElement();
     EXPECT_EQ(c3, removed);
     EXPECT_EQ(nullptr, c2->GetNextSiblingElement());
     delete removed;
-    // The list still appends at its new end.
+    // The list still appends at its new end, and empties to nothing.
     CXmlElement* c4 = e.CreateNewChildElement();
     EXPECT_EQ(c4, c2->GetNextSiblingElement());
-    delete e.RemoveLastChildElement();
-    delete e.RemoveLastChildElement();
-    delete e.RemoveLastChildElement();
+    for (int i = 0; i < 3; ++i)
+        delete e.RemoveLastChildElement();
     EXPECT_EQ(nullptr, e.GetFirstElement());
     EXPECT_EQ(nullptr, e.RemoveLastChildElement());
-    (void)c1;
+    CXmlElement lone(nullptr, nullptr);
+    EXPECT_EQ(nullptr, lone.RemoveLastChildElement());
 }
 
 // Destroying and walking a deep chain uses no recursion (the full million levels are in the
