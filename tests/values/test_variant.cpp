@@ -137,79 +137,50 @@ TEST(QzVariantTypeTest, EverySetterGetterAndName) {
         std::function<bool(const QzVariant&)> check;
     };
     CBinaryData bytes(reinterpret_cast<unsigned char*>(const_cast<char*>("\x01\x02\xff")), 3, false);
+// A row whose setter and getter share a name and whose getter gives back the value set.
+#define SIMPLE(type, name, text, Suffix, value)                                                              \
+    {                                                                                                        \
+        type, name, text, [&](QzVariant& v) { v.Set##Suffix(value); },                                       \
+            [&](const QzVariant& v) { return v.Get##Suffix() == (value); }                                   \
+    }
+    const char minI1 = static_cast<char>(-128);
+    const double minusInf = -std::numeric_limits<double>::infinity();
+    // clang-format off
     const Row rows[] = {
-        {ItemHexBinary, "hexBinary", "0102FF", [&](QzVariant& v) { v.SetHexBinary(bytes); },
-         [&](const QzVariant& v) { return v.GetHexBinary() == bytes; }},
-        {ItemBase64Binary, "base64Binary", "AQL/", [&](QzVariant& v) { v.SetBase64Binary(bytes); },
-         [&](const QzVariant& v) { return v.GetBase64Binary() == bytes; }},
-        {ItemI1, "i1", "-128", [](QzVariant& v) { v.SetI1(static_cast<char>(-128)); },
-         [](const QzVariant& v) { return v.GetI1() == static_cast<char>(-128); }},
-        {ItemI2, "i2", "-32768", [](QzVariant& v) { v.SetI2(-32768); },
-         [](const QzVariant& v) { return v.GetI2() == -32768; }},
-        {ItemI4, "i4", "-2147483648", [](QzVariant& v) { v.SetI4(std::numeric_limits<int32_t>::min()); },
-         [](const QzVariant& v) { return v.GetI4() == std::numeric_limits<int32_t>::min(); }},
-        {ItemI8, "i8", "9223372036854775807",
-         [](QzVariant& v) { v.SetI8(std::numeric_limits<long long>::max()); },
-         [](const QzVariant& v) { return v.GetI8() == std::numeric_limits<long long>::max(); }},
-        {ItemUI1, "ui1", "255", [](QzVariant& v) { v.SetUI1(255); },
-         [](const QzVariant& v) { return v.GetUI1() == 255; }},
-        {ItemUI2, "ui2", "65535", [](QzVariant& v) { v.SetUI2(65535); },
-         [](const QzVariant& v) { return v.GetUI2() == 65535; }},
-        {ItemUI4, "ui4", "4294967295", [](QzVariant& v) { v.SetUI4(4294967295u); },
-         [](const QzVariant& v) { return v.GetUI4() == 4294967295u; }},
-        {ItemUI8, "ui8", "18446744073709551615", [](QzVariant& v) { v.SetUI8(18446744073709551615ull); },
-         [](const QzVariant& v) { return v.GetUI8() == 18446744073709551615ull; }},
-        {ItemR4, "r4", "0.1", [](QzVariant& v) { v.SetR4(0.1f); },
-         [](const QzVariant& v) { return v.GetR4() == 0.1f; }},
-        {ItemR8, "r8", "-INF", [](QzVariant& v) { v.SetR8(-std::numeric_limits<double>::infinity()); },
-         [](const QzVariant& v) { return v.GetR8() == -std::numeric_limits<double>::infinity(); }},
+        SIMPLE(ItemHexBinary, "hexBinary", "0102FF", HexBinary, bytes),
+        SIMPLE(ItemBase64Binary, "base64Binary", "AQL/", Base64Binary, bytes),
+        SIMPLE(ItemI1, "i1", "-128", I1, minI1), SIMPLE(ItemI2, "i2", "-32768", I2, -32768),
+        SIMPLE(ItemI4, "i4", "-2147483648", I4, std::numeric_limits<int32_t>::min()),
+        SIMPLE(ItemI8, "i8", "9223372036854775807", I8, std::numeric_limits<long long>::max()),
+        SIMPLE(ItemUI1, "ui1", "255", UI1, 255), SIMPLE(ItemUI2, "ui2", "65535", UI2, 65535),
+        SIMPLE(ItemUI4, "ui4", "4294967295", UI4, 4294967295u),
+        SIMPLE(ItemUI8, "ui8", "18446744073709551615", UI8, 18446744073709551615ull),
+        SIMPLE(ItemR4, "r4", "0.1", R4, 0.1f), SIMPLE(ItemR8, "r8", "-INF", R8, minusInf),
         {ItemDuration, "duration", "-P1DT2H",
-         [](QzVariant& v) {
-             v.SetDuration(CConversions::durationFromString("-P1DT2H", CWhitespaceUtils::None));
-         },
+         [](QzVariant& v) { v.SetDuration(CConversions::durationFromString("-P1DT2H", kCollapse)); },
          [](const QzVariant& v) { return v.GetDuration().ToString() == "-P1DT2H"; }},
         {ItemYearMonth, "yearMonth", "2004-05",
-         [](QzVariant& v) {
-             CDateTime d;
-             d.SetGYearMonth(2004, 5);
-             v.SetYearMonth(d);
-         },
+         [](QzVariant& v) { CDateTime d; d.SetGYearMonth(2004, 5); v.SetYearMonth(d); },
          [](const QzVariant& v) { return v.GetYearMonth().GetMonth() == 5; }},
         {ItemMonthDay, "monthDay", "--05-06",
-         [](QzVariant& v) {
-             CDateTime d;
-             d.SetGMonthDay(5, 6);
-             v.SetMonthDay(d);
-         },
+         [](QzVariant& v) { CDateTime d; d.SetGMonthDay(5, 6); v.SetMonthDay(d); },
          [](const QzVariant& v) { return v.GetMonthDay().GetDay() == 6; }},
-        {ItemYear, "year", "2004", [](QzVariant& v) { v.SetYear(2004); },
-         [](const QzVariant& v) { return v.GetYear() == 2004; }},
-        {ItemMonth, "month", "--12", [](QzVariant& v) { v.SetMonth(12); },
-         [](const QzVariant& v) { return v.GetMonth() == 12; }},
-        {ItemDay, "day", "---31", [](QzVariant& v) { v.SetDay(31); },
-         [](const QzVariant& v) { return v.GetDay() == 31; }},
-        {ItemDate, "date", "2004-02-29", [](QzVariant& v) { v.SetDate(CDateTime(2004, 2, 29)); },
-         [](const QzVariant& v) { return v.GetDate() == CDateTime(2004, 2, 29); }},
+        SIMPLE(ItemYear, "year", "2004", Year, 2004), SIMPLE(ItemMonth, "month", "--12", Month, 12),
+        SIMPLE(ItemDay, "day", "---31", Day, 31),
+        SIMPLE(ItemDate, "date", "2004-02-29", Date, CDateTime(2004, 2, 29)),
         {ItemDateTime, "datetime", "2004-02-29T23:59:59",
          [](QzVariant& v) { v.SetDateTime(CDateTime(2004, 2, 29, 23, 59, 59)); },
          [](const QzVariant& v) { return v.GetDateTime().GetSecond() == 59; }},
         {ItemTime, "time", "23:59:59.000000001Z",
-         [](QzVariant& v) {
-             v.SetTime(CConversions::timeFromString("23:59:59.000000001Z", CWhitespaceUtils::None));
-         },
+         [](QzVariant& v) { v.SetTime(CConversions::timeFromString("23:59:59.000000001Z", kCollapse)); },
          [](const QzVariant& v) { return v.GetTime().GetNanoSecond() == 1; }},
-        {ItemChar, "char", "~", [](QzVariant& v) { v.SetChar('~'); },
-         [](const QzVariant& v) { return v.GetChar() == '~'; }},
-        {ItemString, "string", " a\tb ", [](QzVariant& v) { v.SetString(" a\tb "); },
-         [](const QzVariant& v) { return v.GetString() == " a\tb "; }},
-        {ItemBoolean, "boolean", "false", [](QzVariant& v) { v.SetBoolean(false); },
-         [](const QzVariant& v) { return !v.GetBoolean(); }},
-        {ItemDecimal, "decimal", "-0.05", [](QzVariant& v) { v.SetDecimal(CDecimal("-0.050")); },
-         [](const QzVariant& v) { return v.GetDecimal() == CDecimal("-0.05"); }},
-        {ItemInteger, "integer", "-99999999999999999999999",
-         [](QzVariant& v) { v.SetInteger(CBigInteger("-99999999999999999999999")); },
-         [](const QzVariant& v) { return v.GetInteger() == CBigInteger("-99999999999999999999999"); }},
-    };
+        SIMPLE(ItemChar, "char", "~", Char, '~'), SIMPLE(ItemString, "string", " a\tb ", String, " a\tb "),
+        SIMPLE(ItemBoolean, "boolean", "false", Boolean, false),
+        SIMPLE(ItemDecimal, "decimal", "-0.05", Decimal, CDecimal("-0.050")),
+        SIMPLE(ItemInteger, "integer", "-99999999999999999999999", Integer,
+               CBigInteger("-99999999999999999999999"))};
+    // clang-format on
+#undef SIMPLE
     ASSERT_EQ(26u, sizeof(rows) / sizeof(rows[0]));
     QzVariant previous;
     for (const Row& row : rows) {
