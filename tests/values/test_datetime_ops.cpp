@@ -293,12 +293,13 @@ TEST(CDateTimeCalendarTest, GetTimeMatchesTimegm) {
 }
 
 TEST(CDateTimeCompareTest, NormalisedForm) {
+    // clang-format off
     const std::pair<const char*, const char*> rows[] = {
         {"2000-01-01T02:00:00+05:00", "1999-12-31T21:00:00+00:00"},
         {"2000-12-31T22:00:00-05:00", "2001-01-01T03:00:00+00:00"},
         {"2000-03-01T00:15:00+00:30", "2000-02-29T23:45:00+00:00"},
-        {"2000-01-01T02:00:00Z", "2000-01-01T02:00:00Z"},
-        {"2000-01-01T02:00:00", "2000-01-01T02:00:00"}};
+        {"2000-01-01T02:00:00Z", "2000-01-01T02:00:00Z"}, {"2000-01-01T02:00:00", "2000-01-01T02:00:00"}};
+    // clang-format on
     for (const auto& row : rows)
         EXPECT_EQ(DT(row.first).GetNormalized().ToString(), row.second);
     EXPECT_EQ(T("03:00:00+05:00").GetNormalized().ToString(), "22:00:00+00:00");
