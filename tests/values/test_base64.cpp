@@ -62,11 +62,10 @@ public:
 } // namespace
 
 TEST(CBase64Test, PaddingOfShortInputs) {
-    EXPECT_EQ("", Encode(""));
-    EXPECT_EQ("QQ==", Encode("A"));
-    EXPECT_EQ("QUI=", Encode("AB"));
-    EXPECT_EQ("QUJD", Encode("ABC"));
-    EXPECT_EQ("QUJDRA==", Encode("ABCD"));
+    const std::pair<const char*, const char*> rows[] = {
+        {"", ""}, {"A", "QQ=="}, {"AB", "QUI="}, {"ABC", "QUJD"}, {"ABCD", "QUJDRA=="}};
+    for (const auto& row : rows)
+        EXPECT_EQ(row.second, Encode(row.first)) << row.first;
     CBase64 codec;
     EXPECT_EQ("", codec.Encode(nullptr, 5));
 }
@@ -87,14 +86,12 @@ TEST(CBase64Test, LongInputHasNoLineBreaksAndMatchesThePump) {
 
 // "=" and whitespace are skipped anywhere; an invalid character gives 0 bytes, no exception.
 TEST(CBase64Test, DecodeIsLenient) {
-    EXPECT_EQ("A", Decode("QQ"));
-    EXPECT_EQ("A", Decode("Q Q==\n"));
-    EXPECT_EQ("A", Decode("=Q\t=\rQ="));
-    EXPECT_EQ("ABC", Decode("QUJD"));
-    EXPECT_EQ("AB", Decode("QUJ")); // left-over bits are dropped
-    EXPECT_EQ("", Decode("Q*Q="));
-    EXPECT_EQ("", Decode("QUJD-"));
-    EXPECT_EQ("", Decode(""));
+    // Left-over bits are dropped ("QUJ").
+    const std::pair<const char*, const char*> rows[] = {{"QQ", "A"},     {"Q Q==\n", "A"}, {"=Q\t=\rQ=", "A"},
+                                                        {"QUJD", "ABC"}, {"QUJ", "AB"},    {"Q*Q=", ""},
+                                                        {"QUJD-", ""},   {"", ""}};
+    for (const auto& row : rows)
+        EXPECT_EQ(row.second, Decode(row.first)) << row.first;
     CBase64 codec;
     unsigned char out[4];
     EXPECT_EQ(0, codec.Decode(nullptr, out));
