@@ -2,6 +2,8 @@
 // and the exact texts of parse and validation failures.
 #include <gtest/gtest.h>
 
+#include <functional>
+
 #include "test_datetime_helpers.h"
 
 using namespace QzXmlLib16;
@@ -297,32 +299,27 @@ TEST(CDateTimeValidateTest, FieldsATypeDoesNotUseMustBeZero) {
 }
 
 TEST(CDateTimeValidateTest, TimeFieldRangesInOrder) {
+    // All fields are out of range at first (hour and minute together); each row mends the
+    // field the previous one reported, so the next field is reported in turn.
     CDateTime value(CDateTime::time);
     value.SetMinute(60);
     value.SetHour(24);
-    EXPECT_EQ(ThrownMessage<CQzInvalidValueException>([&] { value.Validate(); }),
-              "Invalid Hour [24] (0 <= hour <= 23)");
-    value.SetHour(23);
-    EXPECT_EQ(ThrownMessage<CQzInvalidValueException>([&] { value.Validate(); }),
-              "Invalid Minute [60] (0 <= minute <= 59)");
-    value.SetMinute(0);
     value.SetSecond(60);
-    EXPECT_EQ(ThrownMessage<CQzInvalidValueException>([&] { value.Validate(); }),
-              "Invalid Second [60] (0 <= second <= 59)");
-    value.SetSecond(59);
     value.SetMilliSecond(1000);
-    EXPECT_EQ(ThrownMessage<CQzInvalidValueException>([&] { value.Validate(); }),
-              "Invalid Milli-Second [1000] (0 <= milli <= 999)");
-    value.SetMilliSecond(999);
     value.SetMicroSecond(1000);
-    EXPECT_EQ(ThrownMessage<CQzInvalidValueException>([&] { value.Validate(); }),
-              "Invalid Micro-Second [1000] (0 <= micro <= 999)");
-    value.SetMicroSecond(999);
     value.SetNanoSecond(1000);
-    EXPECT_EQ(ThrownMessage<CQzInvalidValueException>([&] { value.Validate(); }),
-              "Invalid Nano-Second [1000] (0 <= nano <= 999)");
-    value.SetNanoSecond(999);
-    EXPECT_NO_THROW(value.Validate());
+    const std::pair<std::function<void(CDateTime&)>, const char*> rows[] = {
+        {[](CDateTime&) {}, "Invalid Hour [24] (0 <= hour <= 23)"},
+        {[](CDateTime& v) { v.SetHour(23); }, "Invalid Minute [60] (0 <= minute <= 59)"},
+        {[](CDateTime& v) { v.SetMinute(0); }, "Invalid Second [60] (0 <= second <= 59)"},
+        {[](CDateTime& v) { v.SetSecond(59); }, "Invalid Milli-Second [1000] (0 <= milli <= 999)"},
+        {[](CDateTime& v) { v.SetMilliSecond(999); }, "Invalid Micro-Second [1000] (0 <= micro <= 999)"},
+        {[](CDateTime& v) { v.SetMicroSecond(999); }, "Invalid Nano-Second [1000] (0 <= nano <= 999)"},
+        {[](CDateTime& v) { v.SetNanoSecond(999); }, "<no exception>"}};
+    for (const auto& row : rows) {
+        row.first(value);
+        EXPECT_EQ(ThrownMessage<CQzInvalidValueException>([&] { value.Validate(); }), row.second);
+    }
     EXPECT_EQ(value.ToString(), "23:00:59.999999999");
 
     // The month is checked before the year.
@@ -357,20 +354,14 @@ TEST(CDateTimeFormatTest, FormatWords) {
 }
 
 TEST(CDateTimeFormatTest, PadZeroTrimAndFraction) {
-    EXPECT_EQ(PadZero(-5, 3), "-05");
-    EXPECT_EQ(PadZero(5, 3), "005");
-    EXPECT_EQ(PadZero(12345, 3), "12345");
-    EXPECT_EQ(PadZero(7, 0), "7");
-    EXPECT_EQ(TrimTrainingZeros("000"), "0");
-    EXPECT_EQ(TrimTrainingZeros("120"), "12");
-    EXPECT_EQ(TrimTrainingZeros("1"), "1");
-    EXPECT_EQ(TrimTrainingZeros("100"), "1");
-    EXPECT_EQ(TrimTrainingZeros(""), "");
-    EXPECT_EQ(ToFracString(100, 0, 0), ".1");
-    EXPECT_EQ(ToFracString(0, 0, 500), ".0000005");
-    EXPECT_EQ(ToFracString(0, 0, 0), "");
-    EXPECT_EQ(ToFracString(0, 10, 0), ".00001");
-    EXPECT_EQ(ToFracString(1, 2, 3), ".001002003");
+    EXPECT_EQ(PadZero(-5, 3) + " " + PadZero(5, 3) + " " + PadZero(12345, 3) + " " + PadZero(7, 0),
+              "-05 005 12345 7");
+    for (const auto& row :
+         {std::pair<const char*, const char*>{"000", "0"}, {"120", "12"}, {"1", "1"}, {"100", "1"}, {"", ""}})
+        EXPECT_EQ(TrimTrainingZeros(row.first), row.second) << row.first;
+    EXPECT_EQ(ToFracString(100, 0, 0) + " " + ToFracString(0, 0, 500) + " " + ToFracString(0, 0, 0) + " " +
+                  ToFracString(0, 10, 0) + " " + ToFracString(1, 2, 3),
+              ".1 .0000005  .00001 .001002003");
     // Out-of-range fields (possible through the setters) are written as they are, and
     // ToString writes the same text as ToFracString.
     EXPECT_EQ(ToFracString(1000, 0, 0), ".1");
