@@ -24,6 +24,13 @@ class CElement;
 class CXmlObjectBase;
 class CXmlWriter;
 
+// The process-wide switches that the To* and From* file operations consult, declared here
+// too so that this header alone gives everything the object operations need.
+// AsyncToXmlFile(true) makes ToXmlFile write straight to the file (see writers/XmlTextWriter.h);
+// AsyncFromXmlFile is kept for compatibility and has no effect (see tree/XmlDocument.h).
+void AsyncToXmlFile(bool async);
+void AsyncFromXmlFile(bool async);
+
 // Receives the change notifications of collections. The handler runs inside the change; the
 // data pointer is valid only for the length of the call.
 class IEventSink {
