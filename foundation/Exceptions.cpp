@@ -143,7 +143,7 @@ size_t MeasureAndRewrite(const char* format, va_list args, std::string& safeForm
         long width = 0;
         long precision = 0;
         size_t item = 0;
-        std::string spec = "%";
+        std::string directive = "%";
         // Flags; "#" may add a prefix such as "0x".
         for (;; ++p) {
             if (*p == '#') {
@@ -154,20 +154,20 @@ size_t MeasureAndRewrite(const char* format, va_list args, std::string& safeForm
             } else if (*p != '-' && *p != '+' && *p != '0' && *p != ' ') {
                 break;
             }
-            spec += *p;
+            directive += *p;
         }
         if (width == 0 && *p >= '0' && *p <= '9') {
             char* end = nullptr;
             width = std::strtol(p, &end, 10);
-            spec.append(p, static_cast<size_t>(end - p));
+            directive.append(p, static_cast<size_t>(end - p));
             p = end;
         }
         if (*p == '.') {
-            spec += *p++;
+            directive += *p++;
             if (*p == '*') {
                 int prec = va_arg(args, int);
                 precision = prec < 0 ? 0 : prec;
-                spec += *p++;
+                directive += *p++;
             } else {
                 char* end = nullptr;
                 precision = std::strtol(p, &end, 10);
@@ -175,7 +175,7 @@ size_t MeasureAndRewrite(const char* format, va_list args, std::string& safeForm
                 // not read as a precision would make it skip the argument that was measured.
                 if (precision < 0)
                     precision = 0;
-                spec += std::to_string(precision);
+                directive += std::to_string(precision);
                 p = end;
             }
         }
@@ -185,21 +185,21 @@ size_t MeasureAndRewrite(const char* format, va_list args, std::string& safeForm
             precision = precision > (1L << 30) ? 0 : precision;
         }
         SizeModifier size = SizeNone;
-        const std::string::size_type modifierAt = spec.size();
+        const std::string::size_type modifierAt = directive.size();
         if (p[0] == 'I' && p[1] == '6' && p[2] == '4') {
             size = SizeLongLong;
-            spec += "ll";
+            directive += "ll";
             p += 3;
         } else {
             for (bool more = true; more;) {
                 switch (*p) {
-                case 'h': size = size == SizeShort ? SizeChar : SizeShort; spec += *p++; break;
-                case 'l': size = size == SizeLong ? SizeLongLong : SizeLong; spec += *p++; break;
-                case 'q': size = SizeLongLong; spec += "ll"; ++p; break;
-                case 'L': size = SizeLongDouble; spec += *p++; break;
-                case 'z': size = SizeSizeT; spec += *p++; break;
-                case 'j': size = SizeIntMax; spec += *p++; break;
-                case 't': size = SizePtrDiff; spec += *p++; break;
+                case 'h': size = size == SizeShort ? SizeChar : SizeShort; directive += *p++; break;
+                case 'l': size = size == SizeLong ? SizeLongLong : SizeLong; directive += *p++; break;
+                case 'q': size = SizeLongLong; directive += "ll"; ++p; break;
+                case 'L': size = SizeLongDouble; directive += *p++; break;
+                case 'z': size = SizeSizeT; directive += *p++; break;
+                case 'j': size = SizeIntMax; directive += *p++; break;
+                case 't': size = SizePtrDiff; directive += *p++; break;
                 case 'F': case 'N': ++p; break;
                 default: more = false; break;
                 }
@@ -230,27 +230,27 @@ size_t MeasureAndRewrite(const char* format, va_list args, std::string& safeForm
             }
             if (static_cast<size_t>(width) > item)
                 item = width;
-            spec.resize(modifierAt);
-            spec += wideItem ? "lc" : "c";
+            directive.resize(modifierAt);
+            directive += wideItem ? "lc" : "c";
             break;
         }
         case 's':
         case 'S': {
             size_t len;
-            spec.resize(modifierAt);
+            directive.resize(modifierAt);
             if (wideItem) {
                 const wchar_t* ws = va_arg(args, const wchar_t*);
                 // A wide character may need several bytes in the local code page.
                 len = ws ? std::wcslen(ws) * MB_LEN_MAX : 6;
                 if (ws && precision != 0 && len > static_cast<size_t>(precision))
                     len = precision;
-                spec += "ls";
+                directive += "ls";
             } else {
                 const char* s = va_arg(args, const char*);
                 len = s ? std::strlen(s) : 6;
                 if (s && precision != 0 && len > static_cast<size_t>(precision))
                     len = precision;
-                spec += 's';
+                directive += 's';
             }
             if (len < 1)
                 len = 1;
@@ -269,13 +269,13 @@ size_t MeasureAndRewrite(const char* format, va_list args, std::string& safeForm
             default: (void)va_arg(args, int); break;
             }
             item += numeric;
-            spec += conv == 'n' ? 'd' : conv;
+            directive += conv == 'n' ? 'd' : conv;
             break;
         }
         case 'p':
             (void)va_arg(args, void*);
             item += numeric;
-            spec += conv;
+            directive += conv;
             break;
         // Note: "%E" steps over its double and is measured like "%e". A walk that left it
         // unmeasured and unconsumed would size every later item from the wrong argument.
@@ -301,16 +301,16 @@ size_t MeasureAndRewrite(const char* format, va_list args, std::string& safeForm
                                                                             : 128;
                 }
             }
-            spec += conv;
+            directive += conv;
             break;
         }
         default:
             // Unknown conversion: passed on as written, consuming nothing.
-            spec.assign(start, static_cast<size_t>(p - start));
+            directive.assign(start, static_cast<size_t>(p - start));
             break;
         }
         total += item;
-        safeFormat += spec;
+        safeFormat += directive;
     }
     return total;
 }
