@@ -30,6 +30,19 @@ template <class F> std::string InvalidValueMessage(F call) {
     return QzTest::MessageOf<CQzInvalidValueException>(call);
 }
 
+// The integer readers without a rule, by index, and the type names their messages use.
+const std::function<void(const std::string&)> kIntegerReaders[] = {
+    [](const std::string& t) { CConversions::i1FromString(t, kNone); },
+    [](const std::string& t) { CConversions::i2FromString(t, kNone); },
+    [](const std::string& t) { CConversions::i4FromString(t, kNone); },
+    [](const std::string& t) { CConversions::i8FromString(t, kNone); },
+    [](const std::string& t) { CConversions::ui1FromString(t, kNone); },
+    [](const std::string& t) { CConversions::ui2FromString(t, kNone); },
+    [](const std::string& t) { CConversions::ui4FromString(t, kNone); },
+    [](const std::string& t) { CConversions::ui8FromString(t, kNone); }};
+enum { i1, i2, i4, i8, ui1, ui2, ui4, ui8 };
+const char* const kIntegerNames[] = {"i1", "i2", "i4", "i8", "ui1", "ui2", "ui4", "ui8"};
+
 std::string Printf(const char* format, double value) {
     char buffer[64];
     std::snprintf(buffer, sizeof(buffer), format, value);
@@ -79,17 +92,6 @@ TEST(CConversionsIntegerTest, UnsignedReadersNegateMinusAsTheCLibraryDoes) {
 }
 
 TEST(CConversionsIntegerTest, OnePastTheLimitIsTooLarge) {
-    const std::function<void(const std::string&)> readers[] = {
-        [](const std::string& t) { CConversions::i1FromString(t, kNone); },
-        [](const std::string& t) { CConversions::i2FromString(t, kNone); },
-        [](const std::string& t) { CConversions::i4FromString(t, kNone); },
-        [](const std::string& t) { CConversions::i8FromString(t, kNone); },
-        [](const std::string& t) { CConversions::ui1FromString(t, kNone); },
-        [](const std::string& t) { CConversions::ui2FromString(t, kNone); },
-        [](const std::string& t) { CConversions::ui4FromString(t, kNone); },
-        [](const std::string& t) { CConversions::ui8FromString(t, kNone); }};
-    enum { i1, i2, i4, i8, ui1, ui2, ui4, ui8 };
-    const char* names[] = {"i1", "i2", "i4", "i8", "ui1", "ui2", "ui4", "ui8"};
     // {reader, text, type named in the message}. A narrow reader reaches the 32-bit reader
     // first, whose text names i4 or ui4; the range test comes before the trailing-junk test.
     struct Row {
@@ -106,9 +108,10 @@ TEST(CConversionsIntegerTest, OnePastTheLimitIsTooLarge) {
         {i8, "99999999999999999999x", i8}};
     // clang-format on
     for (const Row& row : rows) {
-        SCOPED_TRACE(std::string(names[row.reader]) + " " + row.text);
-        EXPECT_EQ(std::string("The value [") + row.text + "] is to large to fit in a " + names[row.named],
-                  InvalidValueMessage([&] { readers[row.reader](row.text); }));
+        SCOPED_TRACE(std::string(kIntegerNames[row.reader]) + " " + row.text);
+        EXPECT_EQ(std::string("The value [") + row.text + "] is to large to fit in a " +
+                      kIntegerNames[row.named],
+                  InvalidValueMessage([&] { kIntegerReaders[row.reader](row.text); }));
     }
 }
 
@@ -116,20 +119,13 @@ TEST(CConversionsIntegerTest, MalformedTextCannotBeConverted) {
     const char* texts[] = {"", "12x", "x12", "1.5", "+", "-", " ", "1 2", "0x10", "12 "};
     for (const char* text : texts) {
         SCOPED_TRACE(text);
-        std::string t = text;
-        EXPECT_EQ("The value [" + t + "] can not be converted to a i4",
-                  InvalidValueMessage([&] { CConversions::i4FromString(t, kNone); }));
-        EXPECT_EQ("The value [" + t + "] can not be converted to a i8",
-                  InvalidValueMessage([&] { CConversions::i8FromString(t, kNone); }));
-        EXPECT_EQ("The value [" + t + "] can not be converted to a ui4",
-                  InvalidValueMessage([&] { CConversions::ui4FromString(t, kNone); }));
-        EXPECT_EQ("The value [" + t + "] can not be converted to a ui8",
-                  InvalidValueMessage([&] { CConversions::ui8FromString(t, kNone); }));
-        // The narrow readers pass the 32-bit reader's text through.
-        EXPECT_EQ("The value [" + t + "] can not be converted to a i4",
-                  InvalidValueMessage([&] { CConversions::i1FromString(t, kNone); }));
-        EXPECT_EQ("The value [" + t + "] can not be converted to a ui4",
-                  InvalidValueMessage([&] { CConversions::ui2FromString(t, kNone); }));
+        // {reader, type named}: the narrow readers pass the 32-bit reader's text through.
+        for (const auto& use :
+             {std::pair<int, int>{i4, i4}, {i8, i8}, {ui4, ui4}, {ui8, ui8}, {i1, i4}, {ui2, ui4}})
+            EXPECT_EQ(std::string("The value [") + text + "] can not be converted to a " +
+                          kIntegerNames[use.second],
+                      InvalidValueMessage([&] { kIntegerReaders[use.first](text); }))
+                << kIntegerNames[use.first];
     }
     // A zero byte inside the text is junk, not an end.
     EXPECT_THROW(CConversions::i4FromString(std::string("12\0", 3), kNone), CQzInvalidValueException);
