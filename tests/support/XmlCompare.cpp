@@ -19,31 +19,25 @@ namespace {
 // Tree printing
 
 std::string Trim(const std::string& text) {
-    const char* blanks = " \t\r\n";
-    size_t first = text.find_first_not_of(blanks);
+    size_t first = text.find_first_not_of(" \t\r\n");
     if (first == std::string::npos)
         return std::string();
-    size_t last = text.find_last_not_of(blanks);
-    return text.substr(first, last - first + 1);
+    return text.substr(first, text.find_last_not_of(" \t\r\n") - first + 1);
 }
 
 // Makes control characters visible, so that a difference in line ends shows in a diff.
 std::string Visible(const std::string& text) {
     std::string out;
-    for (char c : text) {
-        if (c == '\n')
-            out += "\\n";
-        else if (c == '\r')
-            out += "\\r";
-        else if (c == '\t')
-            out += "\\t";
-        else
-            out += c;
-    }
+    for (char c : text)
+        out += c == '\n' ? "\\n" : c == '\r' ? "\\r" : c == '\t' ? "\\t" : std::string(1, c);
     return out;
 }
 
-std::string DumpDocument(const CXmlDocument& document, TextCompare mode) {
+// One line per element, depth-first: "{uri}name @{uri}attr=\"value\" ... text=\"...\"",
+// attributes sorted. Throws the parser's CQzException when the text is not well-formed.
+std::string DumpElementTree(const std::string& xml, TextCompare mode) {
+    CXmlDocument document;
+    document.LoadXml(xml.c_str());
     std::string out;
     // Explicit stack: (element, depth); siblings are pushed in reverse to keep order.
     std::vector<std::pair<const CXmlElement*, int>> stack;
@@ -78,22 +72,9 @@ std::string DumpDocument(const CXmlDocument& document, TextCompare mode) {
 
 } // namespace
 
-std::string DumpElementTree(const std::string& xml, TextCompare mode) {
-    CXmlDocument document;
-    document.LoadXml(xml.c_str());
-    return DumpDocument(document, mode);
-}
-
-std::string DumpElementTreeBytes(const unsigned char* bytes, unsigned long length, TextCompare mode) {
-    CXmlDocument document;
-    document.LoadXmlStream(const_cast<unsigned char*>(bytes), length);
-    return DumpDocument(document, mode);
-}
-
 ::testing::AssertionResult IsWellFormed(const std::string& xml) {
     try {
-        CXmlDocument document;
-        document.LoadXml(xml.c_str());
+        DumpElementTree(xml, TextExact);
     } catch (const CQzException& e) {
         return ::testing::AssertionFailure() << e.GetFullMessage() << "\nin:\n" << xml;
     }
@@ -102,24 +83,22 @@ std::string DumpElementTreeBytes(const unsigned char* bytes, unsigned long lengt
 
 ::testing::AssertionResult SameElementTree(const std::string& expected, const std::string& actual,
                                            TextCompare mode) {
-    std::string expectedTree;
-    std::string actualTree;
-    try {
-        expectedTree = DumpElementTree(expected, mode);
-    } catch (const CQzException& e) {
-        return ::testing::AssertionFailure() << "expected document does not parse: " << e.GetFullMessage();
+    std::string trees[2];
+    const std::string* documents[2] = {&expected, &actual};
+    for (int i = 0; i < 2; ++i) {
+        try {
+            trees[i] = DumpElementTree(*documents[i], mode);
+        } catch (const CQzException& e) {
+            return ::testing::AssertionFailure()
+                   << (i == 0 ? "expected " : "") << "document does not parse: " << e.GetFullMessage() << "\n"
+                   << *documents[i];
+        }
     }
-    try {
-        actualTree = DumpElementTree(actual, mode);
-    } catch (const CQzException& e) {
-        return ::testing::AssertionFailure() << "document does not parse: " << e.GetFullMessage() << "\n"
-                                             << actual;
-    }
-    if (expectedTree == actualTree)
+    if (trees[0] == trees[1])
         return ::testing::AssertionSuccess();
     return ::testing::AssertionFailure() << "element trees differ\nexpected:\n"
-                                         << expectedTree << "actual:\n"
-                                         << actualTree;
+                                         << trees[0] << "actual:\n"
+                                         << trees[1];
 }
 
 } // namespace QzXmlTest
