@@ -6,7 +6,6 @@
 #include <gtest/gtest.h>
 
 #include <fstream>
-#include <functional>
 #include <iterator>
 #include <memory>
 #include <string>
@@ -15,6 +14,7 @@
 #include "binding/SmartPtr.h"
 #include "binding/XmlObjectBase.h"
 #include "foundation/Exceptions.h"
+#include "support/TestSupport.h"
 #include "tree/XmlAttribute.h"
 #include "tree/XmlElement.h"
 #include "values/BinaryData.h"
@@ -23,6 +23,7 @@
 namespace QzXmlTest {
 
 using namespace QzXmlLib16;
+using QzTest::MessageOf;
 
 // An object that stores whatever element tree it reads and writes it back: the same
 // events the generated classes send, without meta-data. Whitespace-only text of an
@@ -114,15 +115,6 @@ inline void WriteFile(const std::string& path, const std::string& content) {
 
 inline std::string TempPath(const char* name) {
     return std::string(::testing::TempDir()) + "qzxml_writers_" + name;
-}
-
-inline std::string MessageOf(const std::function<void()>& action) {
-    try {
-        action();
-    } catch (const CQzException& e) {
-        return e.GetMessage();
-    }
-    return "<no exception>";
 }
 
 // Restores the direct file switch whatever a test does.
