@@ -2,8 +2,10 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <utility>
 
 #include "foundation/Exceptions.h"
+#include "support/TestSupport.h"
 #include "writers/XmlWriter.h"
 
 using namespace QzXmlLib16;
@@ -34,51 +36,41 @@ using Map = std::map<std::string, std::string>;
 
 // Prefix names: two capitals, running past 'Z' unchecked at 676.
 TEST(CXmlWriterTest, NsIntToStringFormsTwoLetters) {
-    EXPECT_EQ("AA", CXmlWriter::NsIntToString(0));
-    EXPECT_EQ("AB", CXmlWriter::NsIntToString(1));
-    EXPECT_EQ("AZ", CXmlWriter::NsIntToString(25));
-    EXPECT_EQ("BA", CXmlWriter::NsIntToString(26));
-    EXPECT_EQ("ZZ", CXmlWriter::NsIntToString(675));
-    EXPECT_EQ("[A", CXmlWriter::NsIntToString(676));
+    const std::pair<int, const char*> rows[] = {{0, "AA"},  {1, "AB"},   {25, "AZ"},
+                                                {26, "BA"}, {675, "ZZ"}, {676, "[A"}};
+    for (const auto& row : rows)
+        EXPECT_EQ(row.second, CXmlWriter::NsIntToString(row.first)) << row.first;
 }
 
-// The first free generated name wins; user prefixes other than such forms never collide.
+// The first free generated name wins, gaps included; user prefixes other than such forms
+// never collide, and keys are URIs, not prefixes.
 TEST(CXmlWriterTest, GetUniquePrefixSkipsTakenNames) {
-    EXPECT_EQ("AA", CXmlWriter::GetUniquePrefix(Map()));
-    EXPECT_EQ("AA", CXmlWriter::GetUniquePrefix(Map{{"u1", "p"}, {"u2", "xml"}, {"u3", "A"}}));
-    EXPECT_EQ("AB", CXmlWriter::GetUniquePrefix(Map{{"u1", "AA"}}));
-    EXPECT_EQ("AC", CXmlWriter::GetUniquePrefix(Map{{"u1", "AB"}, {"u2", "AA"}}));
-    // A gap is reused: "AA" is free although "AB" is taken.
-    EXPECT_EQ("AA", CXmlWriter::GetUniquePrefix(Map{{"u1", "AB"}}));
-    // Keys are URIs, not prefixes: a key "AA" takes nothing.
-    EXPECT_EQ("AA", CXmlWriter::GetUniquePrefix(Map{{"AA", "p"}}));
-}
-
-// 700 taken names make the allocator run past "ZZ" into '['.
-TEST(CXmlWriterTest, GetUniquePrefixRunsPastZZ) {
+    const std::pair<Map, const char*> rows[] = {
+        {Map(), "AA"},
+        {Map{{"u1", "p"}, {"u2", "xml"}, {"u3", "A"}}, "AA"},
+        {Map{{"u1", "AA"}}, "AB"},
+        {Map{{"u1", "AB"}, {"u2", "AA"}}, "AC"},
+        {Map{{"u1", "AB"}}, "AA"},
+        {Map{{"AA", "p"}}, "AA"},
+    };
+    for (const auto& row : rows)
+        EXPECT_EQ(row.second, CXmlWriter::GetUniquePrefix(row.first)) << row.second;
+    // All 676 two-letter names taken: the allocator runs past "ZZ" into '['.
     Map map;
     for (int n = 0; n < 676; ++n)
         map["urn:" + std::to_string(n)] = CXmlWriter::NsIntToString(n);
     EXPECT_EQ("[A", CXmlWriter::GetUniquePrefix(map));
 }
 
-TEST(CXmlWriterTest, XmlNamespaceIsPremapped) {
+TEST(CXmlWriterTest, XmlNamespaceIsPremappedAndCloseRefusesOpenElement) {
     CScopeWriter writer;
     EXPECT_STREQ("http://www.w3.org/XML/1998/namespace", CXmlWriter::XML_NAMESPACE);
     ASSERT_EQ(1u, writer.GetWriterNamespaces().size());
     EXPECT_EQ("xml", writer.GetWriterNamespaces().at(CXmlWriter::XML_NAMESPACE));
-}
-
-TEST(CXmlWriterTest, CloseRefusesOpenElement) {
-    CScopeWriter writer;
     writer.Open();
     writer.WriteStartElement("a", "");
-    try {
-        writer.Close();
-        FAIL() << "Close with an open element must throw";
-    } catch (const CQzException& e) {
-        EXPECT_EQ("An Element has not been closed.", e.GetMessage());
-    }
+    EXPECT_EQ("xml", writer.GetContext()->GetNamespaceMapValue(std::string(CXmlWriter::XML_NAMESPACE)));
+    EXPECT_EQ("An Element has not been closed.", QzTest::MessageOf([&] { writer.Close(); }));
     writer.WriteEndElement();
     EXPECT_NO_THROW(writer.Close());
 }
@@ -125,6 +117,10 @@ TEST(CXmlWriterTest, ChildContextsShareUntilFirstWrite) {
     EXPECT_TRUE(child->IsStartTagOpen());
     EXPECT_FALSE(child->GetHasAttributes());
     EXPECT_EQ(CXmlWriter::ContextStateNone, child->GetState());
+    // Index access inserts an empty prefix into the map the child shares, without a copy.
+    EXPECT_EQ("", child->GetNamespaceMapValue("urn:unknown"));
+    EXPECT_TRUE(child->GetInherits());
+    EXPECT_EQ("", root->GetNamespaceMap()->at("urn:unknown"));
 
     // First write: own copy of map and default namespace; the parent is untouched.
     child->SetNamespaceMapValue("urn:c", "c");
@@ -144,48 +140,25 @@ TEST(CXmlWriterTest, ChildContextsShareUntilFirstWrite) {
     writer.WriteEndElement();
 }
 
-// SetDefaultNamespace on a child copies the map but not the parent's default namespace.
-TEST(CXmlWriterTest, ContextSetDefaultNamespaceScopesToElement) {
+// State set on a child (default namespace, mappings) reaches its descendants and dies
+// with it: the parent and the next sibling do not see it.
+TEST(CXmlWriterTest, ChildStateScopesToElement) {
     CScopeWriter writer;
     writer.SetDefaultNamespace("urn:d");
     writer.WriteStartElement("root", "");
-    writer.WriteStartElement("child", "");
+    writer.WriteStartElement("first", "");
     writer.GetContext()->SetDefaultNamespace("urn:inner");
+    writer.AddNamespace("c", "urn:c");
     EXPECT_FALSE(writer.GetContext()->GetInherits());
-    EXPECT_EQ("urn:inner", writer.GetContext()->GetDefaultNamespace());
     writer.WriteStartElement("grandchild", "");
     EXPECT_EQ("urn:inner", writer.GetContext()->GetDefaultNamespace());
+    EXPECT_EQ("c", writer.GetContext()->GetNamespaceMap()->at("urn:c"));
     writer.WriteEndElement();
     writer.WriteEndElement();
     EXPECT_EQ("urn:d", writer.GetContext()->GetDefaultNamespace());
-    writer.WriteEndElement();
-}
-
-// Index access inserts an empty prefix into the map the context shares.
-TEST(CXmlWriterTest, GetNamespaceMapValueInsertsIntoOwnerMap) {
-    CScopeWriter writer;
-    writer.WriteStartElement("root", "");
-    writer.WriteStartElement("child", "");
-    CXmlWriter::CXmlWriterContext* child = writer.GetContext();
-    EXPECT_EQ("", child->GetNamespaceMapValue("urn:unknown"));
-    EXPECT_TRUE(child->GetInherits());
-    CXmlWriter::CXmlWriterContext* root = child->GetParent();
-    ASSERT_EQ(1u, root->GetNamespaceMap()->count("urn:unknown"));
-    EXPECT_EQ("", root->GetNamespaceMap()->at("urn:unknown"));
-    EXPECT_EQ("xml", child->GetNamespaceMapValue(std::string(CXmlWriter::XML_NAMESPACE)));
-    writer.WriteEndElement();
-    writer.WriteEndElement();
-}
-
-// A mapping made on a child dies with it: its sibling does not see it.
-TEST(CXmlWriterTest, ChildMappingDiesWithChild) {
-    CScopeWriter writer;
-    writer.WriteStartElement("root", "");
-    writer.WriteStartElement("first", "");
-    writer.AddNamespace("c", "urn:c");
-    writer.WriteEndElement();
     writer.WriteStartElement("second", "");
     EXPECT_EQ(0u, writer.GetContext()->GetNamespaceMap()->count("urn:c"));
+    EXPECT_EQ("urn:d", writer.GetContext()->GetDefaultNamespace());
     writer.WriteEndElement();
     writer.WriteEndElement();
 }
