@@ -7,7 +7,6 @@
 #include <string>
 
 #include "foundation/QzZip.h"
-#include "orders/Orders.h"
 #include "writers/OutputTestHelpers.h"
 
 using namespace QzXmlLib16;
@@ -91,27 +90,5 @@ TEST(CompressedOutputTest, GzipFileTakesBufferedPathAndReadsBack) {
             EXPECT_EQ(object->ToXml(), again->ToXml());
         }
     }
-    std::remove(path.c_str());
-}
-
-// The orders example: a gzip file of the document reads back into equal objects.
-TEST(CompressedOutputTest, OrdersThroughGzipFile) {
-    std::string source = "<orders xmlns='urn:example:orders'>";
-    for (int i = 0; i < 40; ++i)
-        source +=
-            "<order id='" + std::to_string(100 + i) +
-            "'><customer><name>Ann</name><email>a@example.com</email><address><street>1 Main St</street>"
-            "<city>Salem</city><zip>12345</zip></address></customer><date>2020-01-01</date><items><item>"
-            "<sku>BK-1</sku><qty>2</qty><price>1.50</price></item></items><total>3.00</total>"
-            "<paid>true</paid></order>";
-    source += "</orders>";
-    CSmartPtr<QzOrders::COrders> orders(new QzOrders::COrders());
-    orders->FromXml(source.c_str());
-    const std::string path = TempPath("orders.xml.gz");
-    orders->ToXmlFile(path.c_str(), true, true, EncodingUTF8, EOLLf, Default(), CompressionGzip);
-    CSmartPtr<QzOrders::COrders> again(new QzOrders::COrders());
-    again->FromXmlFile(path.c_str());
-    EXPECT_EQ(40u, again->GetOrders().size());
-    EXPECT_EQ(orders->ToXml(), again->ToXml());
     std::remove(path.c_str());
 }
