@@ -162,16 +162,14 @@ TEST_F(XmlTextWriterTest, PadAndAppendTextAndAttributeRules) {
         {"", "", ""},
         {"&&&&", "&amp;&amp;&amp;&amp;", "&amp;&amp;&amp;&amp;"},
     };
+    auto pad = [](const char* input, bool attribute) {
+        CTextStream stream;
+        CXmlTextWriter(stream).PadAndAppend(input, attribute);
+        return std::string(stream.GetText());
+    };
     for (const Row& row : rows) {
-        SCOPED_TRACE(row.input);
-        CTextStream text;
-        CXmlTextWriter textWriter(text);
-        textWriter.PadAndAppend(row.input, false);
-        EXPECT_EQ(row.inText, std::string(text.GetText()));
-        CTextStream attribute;
-        CXmlTextWriter attributeWriter(attribute);
-        attributeWriter.PadAndAppend(row.input, true);
-        EXPECT_EQ(row.inAttribute, std::string(attribute.GetText()));
+        EXPECT_EQ(row.inText, pad(row.input, false)) << row.input;
+        EXPECT_EQ(row.inAttribute, pad(row.input, true)) << row.input;
     }
 }
 
