@@ -56,13 +56,6 @@ public:
     std::string m_flushed;
 };
 
-size_t CountOf(const std::string& text, const std::string& what) {
-    size_t count = 0;
-    for (size_t at = text.find(what); at != std::string::npos; at = text.find(what, at + 1))
-        ++count;
-    return count;
-}
-
 } // namespace
 
 // ---------------------------------------------------------------------------
@@ -463,7 +456,7 @@ TEST_F(XmlTextWriterTest, DeepDocumentWithFormatOff) {
     std::string text = Finish(false); // parsing a million levels is the reader's test
     EXPECT_EQ(0u, text.find("<AA:e xmlns:AA=\"urn:deep\"><AA:e><AA:e>"));
     EXPECT_EQ(text.size() - 14, text.rfind("</AA:e></AA:e>"));
-    EXPECT_EQ(1u, CountOf(text, "xmlns"));
+    EXPECT_EQ(text.find("xmlns"), text.rfind("xmlns")); // declared once, on the outermost element
 }
 
 // ---------------------------------------------------------------------------
