@@ -60,10 +60,6 @@ protected:
     }
 
 private:
-    static bool IsLayout(const std::string& text) {
-        return text.find_first_not_of(" \t\r\n") == std::string::npos;
-    }
-
     void Write(CXmlWriter* writer, const Node& node, int& written) const {
         if (m_failAfter >= 0 && written++ >= m_failAfter)
             throw CQzException("boom");
@@ -83,7 +79,8 @@ private:
             node.attributes.push_back(
                 {attribute->GetNamespaceURI(), attribute->GetLocalName(), attribute->GetValue()});
         node.text = element->GetText();
-        if (element->GetFirstElement() != nullptr && IsLayout(node.text))
+        if (element->GetFirstElement() != nullptr &&
+            node.text.find_first_not_of(" \t\r\n") == std::string::npos)
             node.text.clear();
         for (const CXmlElement* child = element->GetFirstElement(); child != nullptr;
              child = child->GetNextSiblingElement()) {
