@@ -155,14 +155,27 @@ void Begin(CXmlObjectBase* object, const CXmlElement* element) {
 
 // Reads a child object of class T from a mandatory element; null when it is missing and the
 // context lets that pass.
-template <class T>
-CSmartPtr<T> ReadChild(ChildCursor& cursor, const char* name, const CSerializationContext& context) {
-    CXmlElement* element = cursor.Take(name);
-    if (!element)
-        return CSmartPtr<T>();
+template <class T> CSmartPtr<T> ReadElement(CXmlElement* element, const CSerializationContext& context) {
     CSmartPtr<T> child = new T();
     CXmlObjectBase::FromXml_Int(child, element, element->GetFirstElement(), context);
     return child;
+}
+
+template <class T>
+CSmartPtr<T> ReadChild(ChildCursor& cursor, const char* name, const CSerializationContext& context) {
+    CXmlElement* element = cursor.Take(name);
+    return element ? ReadElement<T>(element, context) : CSmartPtr<T>();
+}
+
+// Reads one or more children of the name into `list`; a missing first one is reported by the
+// cursor as for any mandatory child.
+template <class T>
+void ReadOneOrMore(ChildCursor& cursor, const char* name, const CSerializationContext& context,
+                   std::vector<CSmartPtr<T>>& list) {
+    if (CSmartPtr<T> first = ReadChild<T>(cursor, name, context))
+        list.push_back(first);
+    while (CXmlElement* next = cursor.TakeOptional(name))
+        list.push_back(ReadElement<T>(next, context));
 }
 
 } // namespace
@@ -275,15 +288,7 @@ CXmlElement* CItems::FromXml_Int(CXmlElement* element, CXmlElement* firstChild,
     static const char* const kAttributes[] = {nullptr};
     CheckAttributes(element, kAttributes, context);
     ChildCursor cursor(element, firstChild, context);
-    // One or more.
-    m_items.push_back(ReadChild<CItem>(cursor, "item", context));
-    if (!m_items.back())
-        m_items.clear();
-    while (CXmlElement* next = cursor.TakeOptional("item")) {
-        CSmartPtr<CItem> item = new CItem();
-        CXmlObjectBase::FromXml_Int(item, next, next->GetFirstElement(), context);
-        m_items.push_back(item);
-    }
+    ReadOneOrMore(cursor, "item", context, m_items);
     return cursor.Finish();
 }
 
@@ -365,15 +370,7 @@ CXmlElement* COrders::FromXml_Int(CXmlElement* element, CXmlElement* firstChild,
     static const char* const kAttributes[] = {nullptr};
     CheckAttributes(element, kAttributes, context);
     ChildCursor cursor(element, firstChild, context);
-    // One or more.
-    CSmartPtr<COrder> first = ReadChild<COrder>(cursor, "order", context);
-    if (first)
-        m_orders.push_back(first);
-    while (CXmlElement* next = cursor.TakeOptional("order")) {
-        CSmartPtr<COrder> order = new COrder();
-        CXmlObjectBase::FromXml_Int(order, next, next->GetFirstElement(), context);
-        m_orders.push_back(order);
-    }
+    ReadOneOrMore(cursor, "order", context, m_orders);
     return cursor.Finish();
 }
 
